@@ -1,0 +1,69 @@
+# What the targets of this project have in common.
+
+# Language level, warnings, sanitizers and floating-point rules of everything that is compiled here.
+function(orrery_target_defaults target)
+    target_compile_features(${target} PUBLIC cxx_std_17)
+    set_target_properties(${target} PROPERTIES
+        CXX_EXTENSIONS OFF
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON
+        POSITION_INDEPENDENT_CODE ON)
+    # The order of floating-point operations is part of what the library promises: nothing may be fused.
+    target_compile_options(${target} PRIVATE
+        -Wall -Wextra -Wpedantic -Wshadow -Wconversion -ffp-contract=off
+        $<$<BOOL:${ORRERY_WARNINGS_AS_ERRORS}>:-Werror>)
+    if(ORRERY_SANITIZE)
+        target_compile_options(${target} PRIVATE
+            -fsanitize=${ORRERY_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+        target_link_options(${target} PRIVATE -fsanitize=${ORRERY_SANITIZE})
+    endif()
+endfunction()
+
+# One shared library, Orrery::<name>, with its export header <name in lower case>_export.h. Its folders add
+# their files with target_sources(); public headers go into the file set HEADERS.
+function(orrery_add_library name)
+    string(TOLOWER ${name} lower)
+    add_library(${name} SHARED)
+    add_library(Orrery::${name} ALIAS ${name})
+    orrery_target_defaults(${name})
+
+    include(GenerateExportHeader)
+    set(exports ${PROJECT_BINARY_DIR}/exports)
+    generate_export_header(${name} EXPORT_FILE_NAME ${exports}/${lower}_export.h)
+
+    target_sources(${name} PUBLIC
+        FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} ${exports} FILES ${exports}/${lower}_export.h)
+    target_include_directories(${name} PUBLIC
+        $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+        $<BUILD_INTERFACE:${exports}>
+        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/orrery>)
+    set_target_properties(${name} PROPERTIES
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${PROJECT_VERSION_MAJOR}
+        VERIFY_INTERFACE_HEADER_SETS ON)
+
+    install(TARGETS ${name} EXPORT OrreryCoreVariablesTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orrery)
+endfunction()
+
+# orrery_add_test(<name> SOURCES ... [LIBRARIES ...] [LABELS ...]): a GoogleTest program; each of its tests is
+# one of CTest's.
+function(orrery_add_test name)
+    cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+    add_executable(${name} ${arg_SOURCES})
+    orrery_target_defaults(${name})
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock GTest::gtest_main)
+    gtest_discover_tests(${name}
+        PROPERTIES LABELS "${arg_LABELS}" TIMEOUT 300
+        DISCOVERY_TIMEOUT 60)
+endfunction()
+
+# orrery_add_benchmark(<name> SOURCES ... [LIBRARIES ...]): a Google Benchmark program.
+function(orrery_add_benchmark name)
+    cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
+    add_executable(${name} ${arg_SOURCES})
+    orrery_target_defaults(${name})
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} benchmark::benchmark_main)
+endfunction()

@@ -1,0 +1,1 @@
+#include "foundations/variant/WellKnownType.h"
