@@ -1,0 +1,113 @@
+#pragma once
+
+#include "foundations/property/ErrorResult.h"
+#include "foundations/property/PropertyObject.h"
+#include "orrerycore_export.h"
+
+#include <QString>
+
+#include <memory>
+
+namespace Orrery {
+
+/// One saved tree: a path, an open mode and the root folder of what the file holds.
+///
+/// A file is opened through DataFileFactory, which knows how to make each file type. The tree is in memory; it
+/// reaches the file with Save, whole or not at all.
+///
+/// Threads: one thread at a time, like the tree.
+class ORRERYCORE_EXPORT DataFile
+{
+public:
+    class RootProperty;
+
+    enum OpenMode
+    {
+        ReadOnly,  ///< the file is read; the tree may change in memory and isn't saved
+        ReadWrite, ///< the file is read, and Save replaces it
+        Create     ///< an empty tree; there is no file, or the present one stays, until Save
+    };
+
+    DataFile(const DataFile&) = delete;
+    DataFile& operator=(const DataFile&) = delete;
+
+    /// The tree goes with the file while OwnsFileContents() is set.
+    virtual ~DataFile();
+
+    /// Replace the tree by what the file at GetPath() holds; the former tree is destroyed.
+    ///
+    /// Errors: a negative code and one line for a person in `*why`; the tree is then as it was.
+    virtual ERESULT Load(QString* why = nullptr) = 0;
+
+    /// Write the tree to GetPath(), replacing the file there in one step that also survives a crash.
+    ///
+    /// Errors: a negative code and one line for a person in `*why`; the file and the tree are then as they
+    ///         were. A file opened ReadOnly is never saved (ER_FAILED).
+    virtual ERESULT Save(QString* why = nullptr) = 0;
+
+    /// Let go of the file. The tree is destroyed while OwnsFileContents() is set. May be called again.
+    virtual ERESULT Close() = 0;
+
+    /// The type by which the file was opened, such as "HDF5"; saved with references into this file.
+    virtual QString GetFileType() const = 0;
+
+    /// Write the tree to another path, which is GetPath() from then on. A file opened ReadOnly becomes
+    /// ReadWrite at its new place; its own path is refused.
+    ///
+    /// Errors: as Save; also ER_ALREADY_EXISTS while another open data file has that path.
+    ERESULT SaveAs(const QString& path, QString* why = nullptr);
+
+    /// The root folder; null after Close. Owned by this file while OwnsFileContents() is set.
+    RootProperty* GetRoot();
+    const RootProperty* GetRoot() const;
+
+    QString GetPath() const;
+    OpenMode GetMode() const;
+
+    /// Whether the tree goes with the file; true unless it is changed. A tree that is let live on belongs to
+    /// whoever cleared the flag, and has no file behind its root then.
+    bool OwnsFileContents() const;
+    void SetOwnsFileContents(bool owns);
+
+protected:
+    /// Starts with an empty tree.
+    DataFile(const QString& path, OpenMode mode);
+
+    /// Put a freshly loaded tree in place of the present one.
+    void ReplaceRoot(std::unique_ptr<RootProperty> root);
+
+    /// Destroy or release the tree, by OwnsFileContents().
+    void DropRoot();
+
+private:
+    QString m_path;
+    OpenMode m_mode;
+    bool m_ownsFileContents = true;
+    RootProperty* m_root = nullptr;
+};
+
+/// Root folder of a data file's tree, named "Root".
+class ORRERYCORE_EXPORT DataFile::RootProperty : public PropertyObject
+{
+public:
+    /// `file` is not owned and must outlive the folder; null for a root without a file.
+    explicit RootProperty(DataFile* file);
+    ~RootProperty() override;
+
+    static const QString& StaticType();
+    const QString& PropertyObjType() const override;
+    unsigned int GetTypeFlags() const override;
+
+    /// A root with the same content and no file behind it.
+    AbstractProperty* DoClone() const override;
+
+    /// The file that this tree belongs to; null when there is none (any more).
+    DataFile* GetParentFile() const;
+
+private:
+    friend class DataFile;
+
+    DataFile* m_file;
+};
+
+} // namespace Orrery

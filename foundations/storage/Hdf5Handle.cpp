@@ -1,0 +1,54 @@
+#include "foundations/storage/Hdf5Handle_p.h"
+
+#include <QRegularExpression>
+
+namespace Orrery {
+
+namespace {
+
+std::recursive_mutex& Hdf5Mutex()
+{
+    static std::recursive_mutex mutex;
+    return mutex;
+}
+
+// Called from the innermost failure outward: keeps the first text, and the reason of the operating system.
+herr_t KeepReason(unsigned /*depth*/, const H5E_error2_t* error, void* data)
+{
+    auto* const text = static_cast<QString*>(data);
+    const QString description = QString::fromUtf8(error->desc ? error->desc : "");
+    static const QRegularExpression systemReason(QStringLiteral("error message = '([^']*)'"));
+    const QRegularExpressionMatch match = systemReason.match(description);
+    if (match.hasMatch())
+        *text = match.captured(1);
+    else if (text->isEmpty())
+        *text = description;
+    return 0;
+}
+
+} // namespace
+
+Hdf5Session::Hdf5Session()
+    : m_lock(Hdf5Mutex())
+{
+    H5open();
+    H5Eget_auto2(H5E_DEFAULT, &m_print, &m_printData);
+    H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);
+    H5PLget_loading_state(&m_plugins);
+    H5PLset_loading_state(0);
+}
+
+Hdf5Session::~Hdf5Session()
+{
+    H5PLset_loading_state(m_plugins);
+    H5Eset_auto2(H5E_DEFAULT, m_print, m_printData);
+}
+
+QString Hdf5Session::LastError()
+{
+    QString text;
+    H5Ewalk2(H5E_DEFAULT, H5E_WALK_UPWARD, &KeepReason, &text);
+    return text.isEmpty() ? QStringLiteral("the HDF5 library reports no reason") : text;
+}
+
+} // namespace Orrery

@@ -1,0 +1,63 @@
+#include "foundations/storage/OpenDataFiles_p.h"
+
+#include <algorithm>
+
+namespace Orrery {
+
+OpenDataFiles& OpenDataFiles::Instance()
+{
+    // Never destroyed: a data file may be closed by a static's destructor.
+    static OpenDataFiles* const instance = new OpenDataFiles;
+    return *instance;
+}
+
+std::shared_ptr<DataFile> OpenDataFiles::Find(const QString& path) const
+{
+    const QString key = CanonicalPath(path);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_byPath.value(key).owner.lock();
+}
+
+bool OpenDataFiles::IsUnchangedOnDisk(const DataFile* file) const
+{
+    const FileIdentity now = FileIdentity::Of(file->GetPath());
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto found = std::find_if(m_byPath.cbegin(), m_byPath.cend(),
+                                    [file](const Entry& entry) { return entry.file == file; });
+    return found != m_byPath.cend() && found->identity == now;
+}
+
+void OpenDataFiles::Add(const std::shared_ptr<DataFile>& file, const FileIdentity& identity)
+{
+    const QString key = CanonicalPath(file->GetPath());
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_byPath.insert(key, Entry{file.get(), file, identity});
+}
+
+void OpenDataFiles::Moved(const DataFile* file)
+{
+    const QString key = CanonicalPath(file->GetPath());
+    const FileIdentity identity = FileIdentity::Of(file->GetPath());
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto found = std::find_if(m_byPath.begin(), m_byPath.end(),
+                                    [file](const Entry& entry) { return entry.file == file; });
+    if (found == m_byPath.end())
+        return;
+    Entry entry = *found;
+    entry.identity = identity;
+    m_byPath.erase(found);
+    m_byPath.insert(key, entry);
+}
+
+void OpenDataFiles::Forget(const DataFile* file)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (auto entry = m_byPath.begin(); entry != m_byPath.end();) {
+        if (entry->file == file)
+            entry = m_byPath.erase(entry);
+        else
+            ++entry;
+    }
+}
+
+} // namespace Orrery

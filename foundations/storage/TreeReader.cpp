@@ -1,0 +1,132 @@
+#include "foundations/storage/TreeReader_p.h"
+
+#include "foundations/property/PropertyObjectFactory.h"
+#include "foundations/property/PropertyReference.h"
+#include "foundations/property/SimpleProperty.h"
+#include "foundations/storage/ElementTypes_p.h"
+#include "foundations/storage/StorageError_p.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <exception>
+
+namespace Orrery {
+
+using Brindle::Quay::BVariant;
+using namespace CatalogueFormat;
+
+namespace {
+
+// A folder of files may have been moved as one, so the relative path comes first.
+QString FindFile(const ReferenceRecord& record, const QString& filePath)
+{
+    if (record.relativeFile.isEmpty() && record.absoluteFile.isEmpty())
+        return QString();
+    const QString beside =
+        QDir::cleanPath(QFileInfo(filePath).absoluteDir().absoluteFilePath(record.relativeFile));
+    if (QFileInfo::exists(beside) || !QFileInfo::exists(record.absoluteFile))
+        return beside;
+    return record.absoluteFile;
+}
+
+} // namespace
+
+TreeReader::TreeReader(const Catalogue& catalogue, const QString& filePath, ArraySource arrays)
+    : m_catalogue(catalogue)
+    , m_filePath(filePath)
+    , m_arrays(std::move(arrays))
+{
+}
+
+void TreeReader::Read(DataFile::RootProperty* root)
+{
+    root->SetPropertyFlags(m_catalogue.rows[0].flags);
+    m_open.assign(1, {0, root});
+    for (std::size_t i = 1; i < m_catalogue.rows.size(); ++i) {
+        const Row& row = m_catalogue.rows[i];
+        Finish(row.parent);
+        std::unique_ptr<AbstractProperty> node = MakeNode(i);
+        node->SetPropertyFlags(row.flags);
+        if (m_open.back().second->InsertOrReplaceProperty(node.get()) < 0)
+            Fail(i, QStringLiteral("can't take its place in the tree"));
+        AbstractProperty* const inserted = node.release();
+        if (row.kind == KindFolder)
+            m_open.emplace_back(i, static_cast<PropertyObject*>(inserted));
+    }
+    Finish(NoParent);
+}
+
+// Ends the folders that have all their children, down to the one that gets the next child.
+void TreeReader::Finish(std::size_t parent)
+{
+    while (!m_open.empty() && m_open.back().first != parent) {
+        const auto [index, folder] = m_open.back();
+        m_open.pop_back();
+        try {
+            folder->OnDeserialization();
+        } catch (const std::exception& error) {
+            Fail(index, QString::fromUtf8(error.what()));
+        } catch (...) {
+            Fail(index, QStringLiteral("an unknown exception"));
+        }
+    }
+}
+
+std::unique_ptr<AbstractProperty> TreeReader::MakeNode(std::size_t index) const
+{
+    const Row& row = m_catalogue.rows[index];
+    switch (row.kind) {
+    case KindFolder:
+        return MakeFolder(row);
+    case KindReference:
+        return MakeReference(row);
+    default:
+        return MakeSimple(index);
+    }
+}
+
+std::unique_ptr<AbstractProperty> TreeReader::MakeFolder(const Row& row) const
+{
+    const QString type = m_catalogue.Type(row);
+    std::unique_ptr<PropertyObject> folder(PropertyObjectFactory::Instance().CreateOrKeepType(type));
+    folder->SetName(m_catalogue.Name(row));
+    return folder;
+}
+
+std::unique_ptr<AbstractProperty> TreeReader::MakeSimple(std::size_t index) const
+{
+    const Row& row = m_catalogue.rows[index];
+    BVariant value;
+    if (row.form == FormInline) {
+        value = ElementTypes::MakeScalar(row.element, row.value);
+    } else if (row.form == FormText) {
+        value = BVariant(m_catalogue.Text(row));
+    } else if (row.form == FormArray) {
+        try {
+            value = m_arrays(index);
+        } catch (const std::exception& error) {
+            Fail(index, QString::fromUtf8(error.what()));
+        }
+    }
+    auto simple = std::make_unique<SimpleProperty>(m_catalogue.Name(row));
+    simple->SetValue(std::move(value), row.cellArray == 0 ? IsCellArrayFalse : IsCellArrayTrue);
+    return simple;
+}
+
+std::unique_ptr<AbstractProperty> TreeReader::MakeReference(const Row& row) const
+{
+    auto reference = std::make_unique<PropertyReference>(m_catalogue.Name(row));
+    if (row.form == FormReference) {
+        const ReferenceRecord record = m_catalogue.Reference(row);
+        reference->RestorePath(record.path, FindFile(record, m_filePath), record.fileType);
+    }
+    return reference;
+}
+
+void TreeReader::Fail(std::size_t index, const QString& what) const
+{
+    throw StorageError(m_catalogue.Path(index) + QStringLiteral(": ") + what);
+}
+
+} // namespace Orrery

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "foundations/property/PropertyObject.h"
+#include "foundations/storage/Catalogue_p.h"
+#include "foundations/storage/DataFile.h"
+#include "foundations/variant/BVariant.h"
+
+#include <QString>
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace Orrery {
+
+/// Builds a tree from a checked catalogue: each folder is made by its type name and filled, then its
+/// OnDeserialization runs.
+class TreeReader
+{
+public:
+    /// Gives the array of a row.
+    using ArraySource = std::function<Brindle::Quay::BVariant(std::size_t row)>;
+
+    /// `catalogue` must outlive the reader; `filePath` is where the tree stands.
+    TreeReader(const Catalogue& catalogue, const QString& filePath, ArraySource arrays);
+
+    /// Fill the empty root of a file.
+    ///
+    /// Errors: throws StorageError that names the path of a node which can't be restored, also for an exception
+    ///         out of its OnDeserialization. The root is then to be destroyed.
+    void Read(DataFile::RootProperty* root);
+
+private:
+    std::unique_ptr<AbstractProperty> MakeNode(std::size_t index) const;
+    std::unique_ptr<AbstractProperty> MakeFolder(const CatalogueFormat::Row& row) const;
+    std::unique_ptr<AbstractProperty> MakeSimple(std::size_t index) const;
+    std::unique_ptr<AbstractProperty> MakeReference(const CatalogueFormat::Row& row) const;
+    void Finish(std::size_t parent);
+    [[noreturn]] void Fail(std::size_t index, const QString& what) const;
+
+    const Catalogue& m_catalogue;
+    QString m_filePath;
+    ArraySource m_arrays;
+    std::vector<std::pair<std::size_t, PropertyObject*>>
+        m_open; ///< folders that are being filled, root first
+};
+
+} // namespace Orrery

@@ -1,0 +1,116 @@
+#include "foundations/storage/TreeWriter_p.h"
+
+#include "foundations/property/PropertyReference.h"
+#include "foundations/property/SimpleProperty.h"
+#include "foundations/storage/ElementTypes_p.h"
+#include "foundations/storage/StorageError_p.h"
+
+#include <QDebug>
+#include <QDir>
+#include <QFileInfo>
+#include <QList>
+
+#include <cstring>
+#include <limits>
+
+namespace Orrery {
+
+using Brindle::Quay::BVariant;
+using Brindle::Quay::DataOrdering;
+using namespace CatalogueFormat;
+
+TreeWriter::TreeWriter(const QString& filePath)
+    : m_filePath(filePath)
+{
+}
+
+void TreeWriter::Write(const PropertyObject& root)
+{
+    WriteFolder(root, NoParent);
+}
+
+std::size_t TreeWriter::AddRow(const AbstractProperty& node, Kind kind, std::uint32_t parent)
+{
+    if (catalogue.rows.size() >= NoParent)
+        throw StorageError(QStringLiteral("the tree has too many nodes"));
+    Row row;
+    row.parent = parent;
+    row.kind = kind;
+    row.flags = node.GetPropertyFlags();
+    catalogue.SetNames(&row, node.GetName(), node.PropertyObjType());
+    catalogue.rows.push_back(row);
+    return catalogue.rows.size() - 1;
+}
+
+// Recursion is bounded: a tree has 1,000 levels at the most.
+void TreeWriter::WriteFolder(const PropertyObject& folder, std::uint32_t parent)
+{
+    const auto row = static_cast<std::uint32_t>(AddRow(folder, KindFolder, parent));
+    QList<AbstractProperty*> children;
+    folder.GetPropertyList(&children);
+    for (const AbstractProperty* const child : qAsConst(children)) {
+        if (child && child->IsSerializable())
+            WriteNode(*child, row);
+    }
+}
+
+void TreeWriter::WriteNode(const AbstractProperty& node, std::uint32_t parent)
+{
+    if (node.IsPropertyObject())
+        WriteFolder(static_cast<const PropertyObject&>(node), parent);
+    else if (node.IsSimpleProperty())
+        WriteSimple(static_cast<const SimpleProperty&>(node), parent);
+    else if (node.IsPropertyReference())
+        WriteReference(static_cast<const PropertyReference&>(node), parent);
+    else
+        throw StorageError(node.GetFullPath() + QStringLiteral(": a node of type '") +
+                           node.PropertyObjType() + QStringLiteral("' can't be saved"));
+}
+
+void TreeWriter::WriteSimple(const SimpleProperty& simple, std::uint32_t parent)
+{
+    const std::size_t index = AddRow(simple, KindSimple, parent);
+    Row& row = catalogue.rows[index];
+    row.cellArray = simple.GetValueIsCellArray() == IsCellArrayFalse ? 0 : 1;
+
+    const BVariant value = simple.GetValue();
+    if (value.isNull())
+        return;
+    const std::uint16_t element = value.getWellKnownType().code();
+    if (!ElementTypes::IsKnown(element))
+        throw StorageError(simple.GetFullPath() +
+                           QStringLiteral(": a value of a run-time type can't be saved"));
+    row.element = element;
+    row.ordering = value.getDataOrdering() == DataOrdering::RowMajor ? 0 : 1;
+    if (!value.isScalar()) {
+        row.form = FormArray;
+        arrays.push_back({index, value});
+    } else if (element == ElementTypes::TextCode) {
+        catalogue.SetText(&row, *static_cast<const std::string*>(value.constData()));
+    } else {
+        row.form = FormInline;
+        std::memcpy(row.value, value.constData(), ElementTypes::Size(element));
+    }
+}
+
+void TreeWriter::WriteReference(const PropertyReference& reference, std::uint32_t parent)
+{
+    const std::size_t index = AddRow(reference, KindReference, parent);
+    ReferenceRecord record;
+    record.path = reference.ReferencePath();
+    if (record.path.isEmpty()) {
+        if (reference.Resolve())
+            qWarning().noquote().nospace() << "reference " << reference.GetFullPath()
+                                           << " can't tell its path and is saved as unresolved";
+        return;
+    }
+    const QString file = reference.ReferenceFilePath();
+    if (!file.isEmpty()) {
+        record.absoluteFile = QFileInfo(file).absoluteFilePath();
+        record.relativeFile = QFileInfo(m_filePath).absoluteDir().relativeFilePath(record.absoluteFile);
+        record.fileType = reference.ReferenceFileType();
+    }
+    catalogue.SetReference(&catalogue.rows[index], record);
+}
+
+} // namespace Orrery
