@@ -1,10 +1,9 @@
 #include "foundations/storage/NameCodec_p.h"
 
+#include "foundations/property/TextCodec_p.h"
 #include "foundations/storage/CatalogueFormat_p.h"
 
 #include <xxhash.h>
-
-#include <algorithm>
 
 namespace Orrery {
 
@@ -25,19 +24,6 @@ bool IsEncodedSurrogate(const QByteArray& bytes, int i)
            (static_cast<unsigned char>(bytes[i + 1]) & 0xE0U) == 0xA0U && IsContinuation(bytes[i + 2]);
 }
 
-ushort DecodeSurrogate(const QByteArray& bytes, int i)
-{
-    return static_cast<ushort>(0xD000U | ((static_cast<unsigned char>(bytes[i + 1]) & 0x3FU) << 6U) |
-                               (static_cast<unsigned char>(bytes[i + 2]) & 0x3FU));
-}
-
-void AppendSurrogate(QByteArray* bytes, ushort unit)
-{
-    bytes->append(static_cast<char>(0xED));
-    bytes->append(static_cast<char>(0x80U | ((unit >> 6U) & 0x3FU)));
-    bytes->append(static_cast<char>(0x80U | (unit & 0x3FU)));
-}
-
 void AppendPercent(QByteArray* out, char byte)
 {
     static const char* const digits = "0123456789ABCDEF";
@@ -45,19 +31,6 @@ void AppendPercent(QByteArray* out, char byte)
     out->append('%');
     out->append(digits[value >> 4U]);
     out->append(digits[value & 0xFU]);
-}
-
-// Like QString::fromUtf8, which drops a byte order mark at the beginning; here it is a character like others.
-QString DecodeUtf8(const char* bytes, int size)
-{
-    static const char mark[] = "\xEF\xBB\xBF";
-    QString marks;
-    while (size >= 3 && std::equal(mark, mark + 3, bytes)) {
-        marks += QChar(QChar::ByteOrderMark);
-        bytes += 3;
-        size -= 3;
-    }
-    return marks + QString::fromUtf8(bytes, size);
 }
 
 // Shortens an encoded name at a character's border and makes up for the rest with a hash.
@@ -76,41 +49,12 @@ QByteArray Shorten(const QByteArray& encoded)
 
 QByteArray EncodeText(const QString& text)
 {
-    QByteArray bytes;
-    int from = 0;
-    const auto flush = [&](int to) {
-        if (to > from)
-            bytes += text.mid(from, to - from).toUtf8();
-    };
-    for (int i = 0; i < text.size(); ++i) {
-        const QChar unit = text[i];
-        if (unit.isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate()) {
-            ++i;
-            continue;
-        }
-        if (!unit.isSurrogate())
-            continue;
-        flush(i);
-        AppendSurrogate(&bytes, unit.unicode());
-        from = i + 1;
-    }
-    flush(text.size());
-    return bytes;
+    return QByteArray::fromStdString(Internal::toTextBytes(text));
 }
 
 bool DecodeText(const QByteArray& bytes, QString* text)
 {
-    QString decoded;
-    int from = 0;
-    for (int i = 0; i < bytes.size(); ++i) {
-        if (!IsEncodedSurrogate(bytes, i))
-            continue;
-        decoded += DecodeUtf8(bytes.constData() + from, i - from);
-        decoded += QChar(DecodeSurrogate(bytes, i));
-        i += 2;
-        from = i + 1;
-    }
-    decoded += DecodeUtf8(bytes.constData() + from, bytes.size() - from);
+    const QString decoded = Internal::fromTextBytes(bytes.toStdString());
     // Whatever isn't the one encoding of a text (overlong forms, stray bytes, pairs in two halves) is told by
     // not coming back.
     if (EncodeText(decoded) != bytes)
