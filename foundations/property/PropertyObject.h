@@ -174,6 +174,7 @@ private:
 
     ERESULT CheckInsertion(const AbstractProperty* property) const;
     ERESULT ReplaceBy(AbstractProperty* property, Children::iterator former);
+    ERESULT ReplaceByReference(const QString& name, const AbstractProperty* target);
     void Link(Children::const_iterator hint, AbstractProperty* property);
     AbstractProperty* Unlink(Children::iterator position);
     AbstractProperty* UnlinkRemembered(const QString& name);

@@ -93,14 +93,15 @@ private:
     AbstractProperty* Target() const;
     AbstractProperty* ReachableTarget() const;
     AbstractProperty* LookUp() const;
-    void Bind(const AbstractProperty* target) const;
+    void ForgetPath() const;
     void RememberPath() const;
-    void RememberPathOf(const AbstractProperty* target) const;
+    void RememberPathOf(const AbstractProperty& target) const;
     void TakeOverDeparture() const;
     bool RefHasTypeFlag(unsigned int flag) const;
 
-    // What is known of the target. The path of a bound reference is kept from when it last was in danger of
-    // getting lost; all four are a memory of one fact, so that asking may bring them up to date.
+    // What is known of the target. While it can be reached, its path is worked out and not kept; the texts are
+    // what was stored, or what was true when the target or this reference left the tree. All four are a memory
+    // of one fact, so that asking may bring them up to date.
     mutable PropertyHandle m_target;
     mutable QString m_path;
     mutable QString m_filePath;

@@ -1,0 +1,281 @@
+#include "foundations/property/PropertyReference.h"
+
+#include "foundations/property/NodeAccess_p.h"
+#include "foundations/property/PropertyPath.h"
+#include "foundations/property/TreeWalk_p.h"
+#include "foundations/storage/DataFile.h"
+
+#include <algorithm>
+#include <atomic>
+
+namespace Orrery {
+
+using Internal::NodeAccess;
+using Internal::NodeLife;
+
+namespace {
+
+std::atomic<PropertyReference::ExternalResolver> s_externalResolver{nullptr};
+
+bool areInOneTree(const AbstractProperty& a, const AbstractProperty& b)
+{
+    return a.GetRootProperty() == b.GetRootProperty();
+}
+
+QString relativePath(const AbstractProperty& from, const AbstractProperty& to)
+{
+    return Property::GetRelativePath(from.GetFullPath(), to.GetFullPath());
+}
+
+QString pathOf(const DataFile* file)
+{
+    return file ? file->GetPath() : QString();
+}
+
+QString typeOf(const DataFile* file)
+{
+    return file ? file->GetFileType() : QString();
+}
+
+} // namespace
+
+PropertyReference::PropertyReference()
+{
+    NodeAccess::markReference(*this);
+}
+
+PropertyReference::PropertyReference(const QString& name)
+    : AbstractProperty(name)
+{
+    NodeAccess::markReference(*this);
+}
+
+PropertyReference::PropertyReference(const PropertyReference& other)
+    : AbstractProperty(other)
+{
+    NodeAccess::markReference(*this);
+    *this = other;
+}
+
+PropertyReference& PropertyReference::operator=(const PropertyReference& other)
+{
+    if (this == &other)
+        return *this;
+    const AbstractProperty* const target = GetParent() ? other.Target() : nullptr;
+    if (SetPropertyRef(target) >= 0)
+        return *this;
+
+    other.RememberPath();
+    RestorePath(other.m_path, other.m_filePath, other.m_fileType);
+    if (m_filePath.isEmpty() && areInOneTree(*this, other)) {
+        const QString place = Property::ResolvePath(other.GetFullPath(), m_path);
+        m_path = place.isEmpty() ? m_path : Property::GetRelativePath(GetFullPath(), place);
+    }
+    return *this;
+}
+
+PropertyReference::~PropertyReference()
+{
+    NodeAccess::unmark(*this);
+}
+
+const QString& PropertyReference::StaticType()
+{
+    static const QString type = QStringLiteral("PropertyReference");
+    return type;
+}
+
+const QString& PropertyReference::PropertyObjType() const
+{
+    return StaticType();
+}
+
+unsigned int PropertyReference::GetTypeFlags() const
+{
+    return PropertyTypeFlagReference;
+}
+
+AbstractProperty* PropertyReference::DoClone() const
+{
+    return new PropertyReference(*this);
+}
+
+AbstractProperty* PropertyReference::GetPropertyRef() const
+{
+    return Target();
+}
+
+const AbstractProperty* PropertyReference::GetPropertyConstRef() const
+{
+    return Target();
+}
+
+AbstractProperty* PropertyReference::ResolveExternalRef() const
+{
+    const ExternalResolver resolver = s_externalResolver.load(std::memory_order_acquire);
+    return resolver && !m_filePath.isEmpty() ? resolver(*this) : nullptr;
+}
+
+QString PropertyReference::ReferencePath() const
+{
+    if (const AbstractProperty* const target = ReachableTarget())
+        return areInOneTree(*this, *target) ? relativePath(*this, *target) : target->GetFullPath();
+    TakeOverDeparture();
+    return m_path;
+}
+
+QString PropertyReference::ReferenceFilePath() const
+{
+    if (const AbstractProperty* const target = ReachableTarget())
+        return areInOneTree(*this, *target) ? QString() : pathOf(target->GetDataFile());
+    TakeOverDeparture();
+    return m_filePath;
+}
+
+QString PropertyReference::ReferenceFileType() const
+{
+    if (const AbstractProperty* const target = ReachableTarget())
+        return areInOneTree(*this, *target) ? QString() : typeOf(target->GetDataFile());
+    TakeOverDeparture();
+    return m_fileType;
+}
+
+AbstractProperty* PropertyReference::Resolve() const
+{
+    return GetPropertyRef();
+}
+
+const AbstractProperty* PropertyReference::ResolveConst() const
+{
+    return GetPropertyConstRef();
+}
+
+ERESULT PropertyReference::SetPropertyRef(const AbstractProperty* target)
+{
+    if (!target || target == this || !Internal::canReach(*this, *target))
+        return ER_INVALID_ARGUMENT;
+    PropertyHandle handle(target);
+    if (!handle.Get())
+        return ER_INVALID_ARGUMENT; // it is just being destroyed
+    m_target = std::move(handle);
+    if (areInOneTree(*this, *target))
+        ForgetPath(); // the tree calls RememberPath() before it takes either of the two out
+    else
+        RememberPathOf(*target);
+    return ER_SUCCESS;
+}
+
+void PropertyReference::RestorePath(const QString& path, const QString& filePath, const QString& fileType)
+{
+    m_target = PropertyHandle();
+    m_path = path;
+    m_filePath = filePath;
+    m_fileType = fileType;
+}
+
+bool PropertyReference::IsRefVariable() const
+{
+    return RefHasTypeFlag(PropertyTypeFlagVariable);
+}
+
+bool PropertyReference::IsRefPropertyObject() const
+{
+    return RefHasTypeFlag(PropertyTypeFlagObject);
+}
+
+bool PropertyReference::IsRefMetadata() const
+{
+    return RefHasTypeFlag(PropertyTypeFlagMetadata);
+}
+
+bool PropertyReference::RefHasTypeFlag(unsigned int flag) const
+{
+    const AbstractProperty* const target = GetPropertyConstRef();
+    return target && (target->GetTypeFlags() & flag) != 0;
+}
+
+void PropertyReference::SetExternalResolver(ExternalResolver resolver)
+{
+    s_externalResolver.store(resolver, std::memory_order_release);
+}
+
+AbstractProperty* PropertyReference::Target() const
+{
+    AbstractProperty* const target = ReachableTarget();
+    return target ? target : LookUp();
+}
+
+// The node that this reference is bound to, if it lives and stands where a reference from here may lead.
+AbstractProperty* PropertyReference::ReachableTarget() const
+{
+    AbstractProperty* const target = m_target.Get();
+    return target && Internal::canReach(*this, *target) ? target : nullptr;
+}
+
+AbstractProperty* PropertyReference::LookUp() const
+{
+    TakeOverDeparture();
+    if (m_path.isEmpty())
+        return nullptr;
+    AbstractProperty* const found =
+        m_filePath.isEmpty() ? Property::FindProperty(this, m_path) : ResolveExternalRef();
+    if (found == this)
+        return nullptr;
+    // A target that lives but has left the tree may come back; what stands in its place isn't followed.
+    if (found && !m_target.Get())
+        m_target = PropertyHandle(found);
+    return found;
+}
+
+void PropertyReference::ForgetPath() const
+{
+    m_path.clear();
+    m_filePath.clear();
+    m_fileType.clear();
+}
+
+// To be called while a reachable target may soon be out of reach.
+void PropertyReference::RememberPath() const
+{
+    if (const AbstractProperty* const target = ReachableTarget())
+        RememberPathOf(*target);
+    else
+        TakeOverDeparture();
+}
+
+void PropertyReference::RememberPathOf(const AbstractProperty& target) const
+{
+    if (areInOneTree(*this, target)) {
+        ForgetPath();
+        m_path = relativePath(*this, target);
+        return;
+    }
+    // Without a file's path there is no way back into the other tree; an absolute path alone would be
+    // looked up in this one.
+    const DataFile* const file = target.GetDataFile();
+    m_filePath = pathOf(file);
+    m_fileType = typeOf(file);
+    m_path = m_filePath.isEmpty() ? QString() : target.GetFullPath();
+}
+
+// Where a target that is out of reach was last seen, which it has left with its handles.
+void PropertyReference::TakeOverDeparture() const
+{
+    const NodeLife* const life = NodeAccess::life(m_target);
+    if (!life)
+        return;
+    const AbstractProperty* const root = GetRootProperty();
+    const auto& places = life->departures;
+    const auto place = std::find_if(places.begin(), places.end(),
+                                    [root](const NodeLife::Departure& p) { return p.root == root; });
+    if (place != places.end()) {
+        ForgetPath();
+        m_path = Property::GetRelativePath(GetFullPath(), place->path);
+    } else if (!places.empty() && !m_filePath.isEmpty()) {
+        m_path = places.back().path;
+    }
+    if (m_target.IsExpired())
+        m_target = PropertyHandle();
+}
+
+} // namespace Orrery

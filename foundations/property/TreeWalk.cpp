@@ -1,0 +1,202 @@
+#include "foundations/property/TreeWalk_p.h"
+
+#include "foundations/property/NodeAccess_p.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+namespace Orrery::Internal {
+
+namespace {
+
+using ChildIterator = NodeAccess::Children::const_iterator;
+
+// Visits all nodes below a folder, parents first. enter(node) comes before and leave() after what is below a
+// folder that has children; a leaf and an empty folder get visit(node). None of them may change the tree.
+template <class Visitor>
+void walkBelow(const PropertyObject& top, Visitor& visitor)
+{
+    struct Level
+    {
+        ChildIterator next;
+        ChildIterator end;
+    };
+    const auto levelOf = [](const PropertyObject& folder) {
+        const NodeAccess::Children& children = NodeAccess::children(folder);
+        return Level{children.constBegin(), children.constEnd()};
+    };
+
+    std::vector<Level> levels{levelOf(top)};
+    while (!levels.empty()) {
+        Level& level = levels.back();
+        if (level.next == level.end) {
+            levels.pop_back();
+            if (!levels.empty())
+                visitor.leave();
+            continue;
+        }
+        AbstractProperty* const node = *level.next++;
+        if (!node)
+            continue;
+        const PropertyObject* const folder = NodeAccess::asFolder(*node);
+        if (folder && !NodeAccess::children(*folder).isEmpty()) {
+            visitor.enter(*node);
+            levels.push_back(levelOf(*folder));
+        } else {
+            visitor.visit(*node);
+        }
+    }
+}
+
+bool hasChildren(const AbstractProperty& node)
+{
+    const PropertyObject* const folder = NodeAccess::asFolder(node);
+    return folder && !NodeAccess::children(*folder).isEmpty();
+}
+
+struct HeightVisitor
+{
+    void enter(const AbstractProperty&) { height = std::max(height, ++depth); }
+    void leave() { --depth; }
+    void visit(const AbstractProperty& node)
+    {
+        if (NodeAccess::asFolder(node))
+            height = std::max(height, depth + 1);
+    }
+
+    int depth = 1;
+    int height = 1;
+};
+
+// All nodes below a folder as they stand now, to be told after the tree has changed under the walk.
+class Snapshot
+{
+public:
+    void enter(AbstractProperty& node)
+    {
+        m_open.push_back(m_entries.size());
+        visit(node);
+    }
+    void leave()
+    {
+        m_entries[m_open.back()].end = m_entries.size();
+        m_open.pop_back();
+    }
+    void visit(AbstractProperty& node)
+    {
+        m_entries.push_back({PropertyHandle(&node), node.GetParent(), m_entries.size() + 1});
+    }
+
+    void tell() const
+    {
+        std::size_t next = 0;
+        while (next < m_entries.size()) {
+            const Entry& entry = m_entries[next];
+            AbstractProperty* const node = entry.node.Get();
+            if (node && node->GetParent() == entry.parent) {
+                ++next;
+                NodeAccess::tellPathChanged(*node);
+            } else {
+                next = entry.end;
+            }
+        }
+    }
+
+private:
+    struct Entry
+    {
+        PropertyHandle node;
+        const PropertyObject* parent; // only compared
+        std::size_t end;              // behind the last entry below this one
+    };
+
+    std::vector<Entry> m_entries;
+    std::vector<std::size_t> m_open;
+};
+
+struct PlacesVisitor
+{
+    void enter(const AbstractProperty& node) { visit(node); }
+    void leave() {}
+    void visit(const AbstractProperty& node)
+    {
+        if (NodeLife* const life = NodeAccess::life(node))
+            rememberDeparture(*life, node);
+        if (NodeAccess::isReference(node))
+            NodeAccess::rememberPath(node);
+    }
+
+    void rememberDeparture(NodeLife& life, const AbstractProperty& node) const
+    {
+        auto& places = life.departures;
+        places.erase(std::remove_if(places.begin(), places.end(),
+                                    [this](const NodeLife::Departure& place) { return place.root == root; }),
+                     places.end());
+        places.push_back({root, node.GetFullPath()});
+    }
+
+    const AbstractProperty* root;
+};
+
+} // namespace
+
+int folderDepth(const PropertyObject& folder)
+{
+    int depth = 1;
+    for (const PropertyObject* above = folder.GetParent(); above; above = above->GetParent())
+        ++depth;
+    return depth;
+}
+
+int folderHeight(const AbstractProperty& node)
+{
+    const PropertyObject* const folder = NodeAccess::asFolder(node);
+    if (!folder)
+        return 0;
+    HeightVisitor visitor;
+    walkBelow(*folder, visitor);
+    return visitor.height;
+}
+
+bool isSelfOrAbove(const AbstractProperty& candidate, const AbstractProperty& node)
+{
+    for (const AbstractProperty* above = &node; above; above = above->GetParent()) {
+        if (above == &candidate)
+            return true;
+    }
+    return false;
+}
+
+bool canReach(const AbstractProperty& from, const AbstractProperty& to)
+{
+    const AbstractProperty* const fromRoot = from.GetRootProperty();
+    const AbstractProperty* const toRoot = to.GetRootProperty();
+    return fromRoot == toRoot || (fromRoot->IsFileRoot() && toRoot->IsFileRoot());
+}
+
+void tellPathChanged(AbstractProperty& node)
+{
+    Snapshot snapshot;
+    if (hasChildren(node))
+        walkBelow(*NodeAccess::asFolder(node), snapshot);
+    NodeAccess::tellPathChanged(node);
+    snapshot.tell();
+}
+
+void tellPathChangedBelow(const PropertyObject& folder)
+{
+    Snapshot snapshot;
+    walkBelow(folder, snapshot);
+    snapshot.tell();
+}
+
+void rememberPlaces(const AbstractProperty& node)
+{
+    PlacesVisitor visitor{node.GetRootProperty()};
+    visitor.visit(node);
+    if (hasChildren(node))
+        walkBelow(*NodeAccess::asFolder(node), visitor);
+}
+
+} // namespace Orrery::Internal
