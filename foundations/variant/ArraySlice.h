@@ -34,7 +34,7 @@ protected:
 /// One index, counted from the start or, with `fromEnd`, backward from the last one, which is 0.
 ///
 /// Alone in its IndexSet it takes its dimension out of the result.
-class QUAYCORE_EXPORT IndexValue : public IndexItem
+class QUAYCORE_EXPORT IndexValue final : public IndexItem
 {
 public:
     constexpr IndexValue(std::uint64_t value, bool fromEnd = false) noexcept
@@ -62,7 +62,7 @@ private:
 };
 
 /// The indices from a first to a last one, both included, by a stride.
-class QUAYCORE_EXPORT IndexRange : public IndexItem
+class QUAYCORE_EXPORT IndexRange final : public IndexItem
 {
 public:
     /// Start, step and number of the selected indices: a range as it is walked, without a list.

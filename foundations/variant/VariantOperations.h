@@ -167,7 +167,7 @@ QUAYCORE_EXPORT bool exactlyEqual(const BVariant& a, const BVariant& b);
 ///
 /// Any two empty variants are equal. False where there is no common type.
 /// Errors: none; any exception on the way gives false.
-QUAYCORE_EXPORT bool equalWithConversion(const BVariant& a, const BVariant& b, int flag = 1) noexcept;
+QUAYCORE_EXPORT bool equalWithConversion(const BVariant& a, const BVariant& b, int flag = 1);
 
 /// Compares `count` elements of a well-known type in memory: numbers by value (floating) or bytes (all others), text
 /// by length and bytes, times by both words.

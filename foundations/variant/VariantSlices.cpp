@@ -1,0 +1,210 @@
+#include "foundations/variant/ElementAccess_p.h"
+#include "foundations/variant/VariantOperations.h"
+
+#include <stdexcept>
+
+/// Reading parts of arrays. Element reads and runs of the first dimension have ways of their own, which end as the
+/// general one does.
+namespace Brindle::Quay {
+using namespace Internal;
+
+namespace {
+[[noreturn]] void failInvalidSlice()
+{
+    throw std::invalid_argument("The given ArraySlice is invalid.");
+}
+
+/// The failures that come before any index is looked at: null, then a type that no array has.
+void checkSource(const BVariant& variant)
+{
+    if (variant.isNull())
+        failInvalidSlice();
+}
+
+BVariant adopt(PayloadPtr payload)
+{
+    return BVariant::fromPayload(payload.release());
+}
+
+template <class T>
+BVariant readScalarAt(const BVariant& variant, std::uint64_t offset)
+{
+    return BVariant::scalar<T>(readElement<T>(variant.payload(), offset),
+                               normalized(variant.getDataOrdering()));
+}
+
+/// One element as a scalar.
+BVariant scalarAt(const BVariant& variant, std::uint64_t offset)
+{
+    return dispatchElement(variant.getWellKnownType(), [&](auto tag) {
+        return readScalarAt<typename decltype(tag)::type>(variant, offset);
+    });
+}
+
+/// A run of the storage as an array.
+BVariant runAt(const BVariant& variant, std::uint64_t first, ArrayDimensionsView dimensions)
+{
+    return dispatchElement(variant.getWellKnownType(), [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        auto* result = ArrayPayload<T>::make(dimensions, variant.getDataOrdering(), Fill::Raw);
+        PayloadPtr owner(result);
+        if (const std::uint64_t count = dimensions.elementCount(); count != 0)
+            readElements(variant.payload(), first, count, result->data());
+        return adopt(std::move(owner));
+    });
+}
+
+template <class T>
+struct Gathering
+{
+    const T* source;
+    T* target;
+    std::uint64_t runLength;
+};
+
+template <class T>
+void gatherRuns(void* state, std::uint64_t offset, std::uint64_t distance, std::uint64_t number)
+{
+    auto& gathering = *static_cast<Gathering<T>*>(state);
+    const T* source = gathering.source + offset;
+    if (gathering.runLength == 1) {
+        for (std::uint64_t i = 0; i < number; ++i)
+            gathering.target[i] = source[i * distance];
+        gathering.target += number;
+        return;
+    }
+    for (std::uint64_t i = 0; i < number; ++i) {
+        copyRun(source + i * distance, gathering.runLength, gathering.target);
+        gathering.target += gathering.runLength;
+    }
+}
+
+/// The elements of a slice that isn't one run.
+BVariant gather(const BVariant& variant, const SliceFlattener& flattener)
+{
+    return dispatchElement(variant.getWellKnownType(), [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        const auto* source = static_cast<const T*>(variant.constData());
+        auto* result = ArrayPayload<T>::make(flattener.dimensions(), variant.getDataOrdering(), Fill::Raw);
+        PayloadPtr owner(result);
+        Gathering<T> gathering{source, result->data(), flattener.runLength()};
+        flattener.forEachRun(&gatherRuns<T>, &gathering);
+        return adopt(std::move(owner));
+    });
+}
+
+/// The same dimensions with another first one, without a heap block for the usual few.
+class WithFirst
+{
+public:
+    WithFirst(ArrayDimensionsView dimensions, std::uint64_t first)
+        : m_count(dimensions.size())
+    {
+        if (m_count > m_few.size())
+            m_many.resize(m_count);
+        std::uint64_t* sizes = m_many.empty() ? m_few.data() : m_many.data();
+        std::copy(dimensions.begin(), dimensions.end(), sizes);
+        sizes[0] = first;
+    }
+
+    ArrayDimensionsView view() const { return {m_many.empty() ? m_few.data() : m_many.data(), m_count}; }
+
+private:
+    std::array<std::uint64_t, 6> m_few = {};
+    std::vector<std::uint64_t> m_many;
+    std::size_t m_count;
+};
+
+ArrayDimensionsView withoutFirst(ArrayDimensionsView dimensions)
+{
+    return {dimensions.data() + 1, dimensions.size() - 1};
+}
+
+/// Elements of one position of the first dimension; 1 for a vector.
+std::uint64_t elementsPerPosition(ArrayDimensionsView dimensions)
+{
+    const ArrayDimensionsView rest = withoutFirst(dimensions);
+    return rest.empty() ? 1 : rest.elementCount();
+}
+
+/// Whether positions of the first dimension that follow each other also do so in storage, element by element.
+bool firstDimensionIsSlowest(const BVariant& variant, std::uint64_t perPosition)
+{
+    return perPosition <= 1 || variant.getDataOrdering() == DataOrdering::RowMajor;
+}
+
+/// The offset of the first element that these indices leave; the remaining dimensions are taken whole.
+std::uint64_t offsetOfElement(const BVariant& variant, const std::uint64_t* indices, std::size_t count)
+{
+    const ArrayDimensionsView dimensions = variant.getDimensions();
+    const std::size_t rank = dimensions.size();
+    const bool rowMajor = variant.getDataOrdering() == DataOrdering::RowMajor;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (indices[i] >= dimensions[i])
+            IndexValue(indices[i]).position(dimensions[i]); // fails with its own words
+    }
+    std::uint64_t offset = 0;
+    std::uint64_t distance = 1;
+    for (std::size_t i = 0; i < rank; ++i) {
+        const std::size_t position = rowMajor ? rank - 1 - i : i;
+        if (position < count)
+            offset += indices[position] * distance;
+        distance *= dimensions[position];
+    }
+    return offset;
+}
+} // namespace
+
+BVariant elementAt(const BVariant& variant, const std::uint64_t* indices, std::size_t count)
+{
+    checkSource(variant);
+    return dispatchElement(variant.getWellKnownType(), [&](auto tag) {
+        const ArrayDimensionsView dimensions = variant.getDimensions();
+        if (count > dimensions.size())
+            failInvalidSlice();
+        const std::uint64_t offset = offsetOfElement(variant, indices, count);
+        const ArrayDimensionsView left = {dimensions.data() + count, dimensions.size() - count};
+        if (!left.holdsScalar() && (count == 0 || !left.empty()))
+            checkCount(left, 1);
+        return readScalarAt<typename decltype(tag)::type>(variant, offset);
+    });
+}
+
+BVariant slice(const BVariant& variant, const ArraySlice& arraySlice)
+{
+    checkSource(variant);
+    dispatchElement(variant.getWellKnownType(), [](auto) {});
+    const SliceFlattener flattener(arraySlice, variant.getDimensions(), variant.getDataOrdering());
+    if (flattener.isElement())
+        return scalarAt(variant, flattener.firstOffset());
+    if (flattener.isContiguous())
+        return runAt(variant, flattener.firstOffset(), flattener.dimensions());
+    return gather(variant, flattener);
+}
+
+BVariant sliceRange(const BVariant& variant, std::uint64_t first, std::uint64_t last)
+{
+    const ArrayDimensionsView dimensions = variant.getDimensions();
+    const std::uint64_t perPosition = dimensions.empty() ? 0 : elementsPerPosition(dimensions);
+    if (dimensions.empty() || !firstDimensionIsSlowest(variant, perPosition))
+        return slice(variant, {IndexSet(IndexRange(first, last))});
+    checkSource(variant);
+    dispatchElement(variant.getWellKnownType(), [](auto) {});
+    const IndexRange::Progression range = IndexRange(first, last).progression(dimensions[0]);
+    return runAt(variant, range.start * perPosition, WithFirst(dimensions, range.count).view());
+}
+
+BVariant subArrayAt(const BVariant& variant, std::uint64_t index)
+{
+    const ArrayDimensionsView dimensions = variant.getDimensions();
+    const std::uint64_t perPosition = dimensions.empty() ? 0 : elementsPerPosition(dimensions);
+    if (dimensions.empty() || !firstDimensionIsSlowest(variant, perPosition))
+        return slice(variant, {IndexSet(IndexValue(index))});
+    checkSource(variant);
+    dispatchElement(variant.getWellKnownType(), [](auto) {});
+    const std::uint64_t offset = IndexValue(index).position(dimensions[0]) * perPosition;
+    if (dimensions.size() == 1)
+        return scalarAt(variant, offset);
+    return runAt(variant, offset, withoutFirst(dimensions));
+}
+} // namespace Brindle::Quay
