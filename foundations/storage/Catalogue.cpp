@@ -259,6 +259,7 @@ void Catalogue::Check() const
     if (rows.empty())
         throw StorageError(QStringLiteral("the catalogue has no root"));
     Walk walk{std::vector<std::uint16_t>(rows.size(), 0), std::vector<std::uint32_t>(rows.size(), 0)};
+    m_unclaimed = static_cast<std::uint64_t>(heap.size());
     for (std::size_t i = 0; i < rows.size(); ++i) {
         try {
             CheckRow(i, &walk);
@@ -311,8 +312,10 @@ void Catalogue::CheckValue(const Row& row) const
     case KindReference:
         if (row.element != 0 || (row.form != FormNone && row.form != FormReference))
             throw StorageError(QStringLiteral("a reference has a value"));
-        if (row.form == FormReference)
+        if (row.form == FormReference) {
+            Claim(row.value[1]);
             ReadReferenceRecord(Bytes(row.value[0], row.value[1]));
+        }
         return;
     default:
         break;
@@ -331,11 +334,13 @@ void Catalogue::CheckValue(const Row& row) const
     case FormText:
         if (row.element != ElementTypes::TextCode)
             throw StorageError(QStringLiteral("the element type doesn't fit"));
+        Claim(row.value[1]);
         Bytes(row.value[0], row.value[1]);
         return;
     case FormArray:
         if (!known)
             throw StorageError(QStringLiteral("the element type is unknown"));
+        Claim(row.value[1]);
         CheckArray(ReadArrayRecord(Bytes(row.value[0], row.value[1])), row.element);
         return;
     default:
@@ -351,11 +356,22 @@ QByteArray Catalogue::Bytes(std::uint64_t offset, std::uint64_t size) const
     return QByteArray::fromRawData(heap.constData() + offset, static_cast<int>(size));
 }
 
+// Pieces of the heap don't overlap, so together they are no longer than it: a small file can't ask for much memory.
+void Catalogue::Claim(std::uint64_t size) const
+{
+    if (size > m_unclaimed)
+        throw StorageError(QStringLiteral("texts or records of the heap overlap"));
+    m_unclaimed -= size;
+}
+
 QString Catalogue::Shared(std::uint64_t offset, std::uint64_t size) const
 {
+    if (size == 0)
+        return QString(); // its offset is another text's too
     const auto found = m_texts.constFind(offset);
     if (found != m_texts.constEnd() && found->size == size)
         return found->text;
+    Claim(size);
     SharedText shared{size, QString()};
     if (!DecodeText(Bytes(offset, size), &shared.text))
         throw StorageError(QStringLiteral("a name isn't UTF-8"));
@@ -395,6 +411,16 @@ QString Catalogue::Path(std::size_t index) const
     for (; index != 0; index = rows[index].parent)
         names.prepend(Name(rows[index]));
     return Property::BuildPath(names);
+}
+
+std::uint64_t Catalogue::ArrayBytes() const
+{
+    std::uint64_t total = 0;
+    for (const Row& row : rows) {
+        if (row.form == FormArray && __builtin_add_overflow(total, Array(row).storedBytes, &total))
+            throw StorageError(QStringLiteral("the arrays are too long"));
+    }
+    return total;
 }
 
 std::uint64_t Catalogue::Checksum(std::uint32_t version, const QByteArray& uid) const

@@ -60,6 +60,9 @@ public:
     /// Path of a row's node, for messages.
     QString Path(std::size_t index) const;
 
+    /// The bytes of all arrays together. Errors: throws StorageError when they don't fit 64 bits.
+    std::uint64_t ArrayBytes() const;
+
     /// One number over all of it, seeded with the format's version and the file's uid.
     std::uint64_t Checksum(std::uint32_t version, const QByteArray& uid) const;
 
@@ -82,6 +85,7 @@ private:
     void CheckValue(const CatalogueFormat::Row& row) const;
     QByteArray Bytes(std::uint64_t offset, std::uint64_t size) const;
 
+    void Claim(std::uint64_t size) const;
     QString Shared(std::uint64_t offset, std::uint64_t size) const;
 
     struct SharedText
@@ -90,7 +94,8 @@ private:
         QString text;
     };
 
-    QHash<QByteArray, std::uint64_t> m_shared;        ///< while writing: where a text stands
+    QHash<QByteArray, std::uint64_t> m_shared; ///< while writing: where a text stands
+    mutable std::uint64_t m_unclaimed = 0;     ///< while reading: bytes of the heap that no row has named
     mutable QHash<std::uint64_t, SharedText> m_texts; ///< while reading: one QString for equal names
 };
 

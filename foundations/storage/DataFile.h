@@ -16,7 +16,7 @@ namespace Orrery {
 /// reaches the file with Save, whole or not at all.
 ///
 /// Threads: one thread at a time, like the tree.
-class ORRERYCORE_EXPORT DataFile
+class ORRERYCORE_EXPORT DataFile : public std::enable_shared_from_this<DataFile>
 {
 public:
     class RootProperty;

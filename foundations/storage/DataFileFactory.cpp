@@ -3,6 +3,7 @@
 #include "foundations/storage/FileIdentity_p.h"
 #include "foundations/storage/Hdf5DataFile_p.h"
 #include "foundations/storage/OpenDataFiles_p.h"
+#include "foundations/storage/StorageMutex_p.h"
 
 #include <QDebug>
 #include <QHash>
@@ -102,11 +103,10 @@ ERESULT DataFileFactory::Open(const QString& path, DataFile::OpenMode mode, std:
 
     // One request at a time, or two threads would load one file twice. A file that opens another one while it
     // loads comes in again on the same thread.
-    static std::recursive_mutex oneAtATime;
-    const std::lock_guard<std::recursive_mutex> lock(oneAtATime);
+    const std::lock_guard<std::recursive_mutex> lock(StorageMutex());
 
     OpenDataFiles& openFiles = OpenDataFiles::Instance();
-    if (std::shared_ptr<DataFile> open = openFiles.Find(path)) {
+    if (std::shared_ptr<DataFile> open = openFiles.Find(path); open && open->GetRoot()) {
         if (open->GetFileType() != fileType)
             return Refuse(ER_INVALID_ARGUMENT, why,
                           path + QStringLiteral(": the file is open as '") + open->GetFileType() +

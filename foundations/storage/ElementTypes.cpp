@@ -8,18 +8,19 @@ namespace Orrery {
 
 using Brindle::Quay::BVariant;
 using Brindle::Quay::Complex;
+using Brindle::Quay::DataOrdering;
 using Brindle::Quay::Duration;
 using Brindle::Quay::TimePoint;
 
 namespace {
 
 template <class T>
-BVariant ScalarFrom(const std::uint64_t (&words)[2])
+BVariant ScalarFrom(const std::uint64_t (&words)[2], DataOrdering ordering)
 {
     static_assert(sizeof(T) <= sizeof words, "a scalar fits the two words of a row");
     T value;
     std::memcpy(&value, words, sizeof value);
-    return BVariant(value);
+    return BVariant::scalar<T>(value, ordering);
 }
 
 struct ElementType
@@ -27,7 +28,7 @@ struct ElementType
     std::uint16_t code;
     std::uint64_t size;
     bool truth; ///< made of truth values
-    BVariant (*scalar)(const std::uint64_t (&words)[2]);
+    BVariant (*scalar)(const std::uint64_t (&words)[2], DataOrdering ordering);
 };
 
 template <class T>
@@ -93,10 +94,10 @@ bool ElementTypes::AreSound(std::uint16_t code, const void* data, std::uint64_t 
     return std::all_of(bytes, bytes + count * type->size, [](unsigned char byte) { return byte <= 1; });
 }
 
-BVariant ElementTypes::MakeScalar(std::uint16_t code, const std::uint64_t (&words)[2])
+BVariant ElementTypes::MakeScalar(std::uint16_t code, const std::uint64_t (&words)[2], DataOrdering ordering)
 {
     const ElementType* const type = Find(code);
-    return type && type->scalar ? type->scalar(words) : BVariant();
+    return type && type->scalar ? type->scalar(words, ordering) : BVariant();
 }
 
 } // namespace Orrery

@@ -23,7 +23,8 @@ std::uint64_t Size(std::uint16_t code);
 bool AreSound(std::uint16_t code, const void* data, std::uint64_t count);
 
 /// A scalar of a known type other than text, from the two words of a catalogue row.
-Brindle::Quay::BVariant MakeScalar(std::uint16_t code, const std::uint64_t (&words)[2]);
+Brindle::Quay::BVariant MakeScalar(std::uint16_t code, const std::uint64_t (&words)[2],
+                                   Brindle::Quay::DataOrdering ordering);
 
 } // namespace ElementTypes
 

@@ -30,16 +30,14 @@ bool FileIdentity::operator==(const FileIdentity& other) const
 
 QString CanonicalPath(const QString& path)
 {
-    const QFileInfo info(path);
+    QFileInfo info(path);
     const QString whole = info.canonicalFilePath();
     if (!whole.isEmpty())
         return whole;
-    // A link to a file that isn't there yet names the file it leads to.
-    if (info.isSymLink()) {
-        const QFileInfo target(info.symLinkTarget());
-        if (!target.isSymLink())
-            return CanonicalPath(target.filePath());
-    }
+    // A chain of links to a file that isn't there yet names the file it leads to; one that leads nowhere ends.
+    constexpr int longestChain = 40;
+    for (int i = 0; i < longestChain && info.isSymLink(); ++i)
+        info = QFileInfo(info.symLinkTarget());
     const QString folder = QFileInfo(info.absolutePath()).canonicalFilePath();
     if (folder.isEmpty())
         return QDir::cleanPath(info.absoluteFilePath());

@@ -4,6 +4,7 @@
 #include "foundations/storage/Hdf5ArrayIo_p.h"
 #include "foundations/storage/Hdf5CatalogueIo_p.h"
 #include "foundations/storage/NameCodec_p.h"
+#include "foundations/storage/OpenDataFiles_p.h"
 #include "foundations/storage/ReplacementFile_p.h"
 #include "foundations/storage/StorageError_p.h"
 #include "foundations/storage/TreeReader_p.h"
@@ -22,6 +23,20 @@ namespace Orrery {
 
 namespace {
 
+// A path or a name may hold line breaks, and a reason is one line.
+QString OneLine(const QString& text)
+{
+    QString line;
+    for (const QChar unit : text) {
+        if (unit.category() == QChar::Other_Control || unit == QChar::LineSeparator ||
+            unit == QChar::ParagraphSeparator)
+            line += QStringLiteral("\\x%1").arg(unit.unicode(), 2, 16, QLatin1Char('0'));
+        else
+            line += unit;
+    }
+    return line;
+}
+
 // Run a load or a save and turn what it throws into a code and one line.
 template <class Operation>
 ERESULT Guarded(const QString& path, QString* why, Operation operation)
@@ -38,9 +53,11 @@ ERESULT Guarded(const QString& path, QString* why, Operation operation)
         reason = QStringLiteral("not enough memory");
     } catch (const std::exception& error) {
         reason = QString::fromUtf8(error.what());
+    } catch (...) {
+        reason = QStringLiteral("an unknown exception");
     }
     if (why)
-        *why = reason.startsWith(path) ? reason : path + QStringLiteral(": ") + reason;
+        *why = OneLine(path + QStringLiteral(": ") + reason);
     return code;
 }
 
@@ -140,6 +157,7 @@ ERESULT Hdf5DataFile::Save(QString* why)
 
 ERESULT Hdf5DataFile::Close()
 {
+    OpenDataFiles::Instance().Forget(this);
     DropRoot();
     return ER_SUCCESS;
 }
@@ -151,6 +169,9 @@ void Hdf5DataFile::LoadOrThrow()
     Catalogue catalogue;
     const QByteArray uid = Hdf5CatalogueIo::Read(file.Id(), &catalogue);
     catalogue.Check();
+    hsize_t fileSize = 0;
+    if (H5Fget_filesize(file.Id(), &fileSize) < 0 || catalogue.ArrayBytes() > fileSize)
+        throw StorageError(QStringLiteral("the arrays are longer than the file"));
 
     const int descriptor = DescriptorOf(file);
     Hdf5Folders folders(file.Id(), catalogue, Hdf5Folders::OpenGroups);

@@ -1,16 +1,12 @@
 #include "foundations/storage/Hdf5Handle_p.h"
 
+#include "foundations/storage/StorageMutex_p.h"
+
 #include <QRegularExpression>
 
 namespace Orrery {
 
 namespace {
-
-std::recursive_mutex& Hdf5Mutex()
-{
-    static std::recursive_mutex mutex;
-    return mutex;
-}
 
 // Called from the innermost failure outward: keeps the first text, and the reason of the operating system.
 herr_t KeepReason(unsigned /*depth*/, const H5E_error2_t* error, void* data)
@@ -29,7 +25,7 @@ herr_t KeepReason(unsigned /*depth*/, const H5E_error2_t* error, void* data)
 } // namespace
 
 Hdf5Session::Hdf5Session()
-    : m_lock(Hdf5Mutex())
+    : m_lock(StorageMutex())
 {
     H5open();
     H5Eget_auto2(H5E_DEFAULT, &m_print, &m_printData);

@@ -34,19 +34,18 @@ void OpenDataFiles::Add(const std::shared_ptr<DataFile>& file, const FileIdentit
     m_byPath.insert(key, Entry{file.get(), file, identity});
 }
 
-void OpenDataFiles::Moved(const DataFile* file)
+void OpenDataFiles::Moved(DataFile* file)
 {
     const QString key = CanonicalPath(file->GetPath());
     const FileIdentity identity = FileIdentity::Of(file->GetPath());
     const std::lock_guard<std::mutex> lock(m_mutex);
     const auto found = std::find_if(m_byPath.begin(), m_byPath.end(),
                                     [file](const Entry& entry) { return entry.file == file; });
-    if (found == m_byPath.end())
-        return;
-    Entry entry = *found;
-    entry.identity = identity;
-    m_byPath.erase(found);
-    m_byPath.insert(key, entry);
+    if (found != m_byPath.end())
+        m_byPath.erase(found);
+    const std::shared_ptr<DataFile> owner = file->weak_from_this().lock();
+    if (owner)
+        m_byPath.insert(key, Entry{file, owner, identity});
 }
 
 void OpenDataFiles::Forget(const DataFile* file)

@@ -28,8 +28,8 @@ public:
     /// `identity` is that of the file on disk from before it was read.
     void Add(const std::shared_ptr<DataFile>& file, const FileIdentity& identity);
 
-    /// `file` has a new path; nothing happens if it isn't known.
-    void Moved(const DataFile* file);
+    /// `file` has a new path, under which it is known from here on; one that nobody shares isn't.
+    void Moved(DataFile* file);
 
     void Forget(const DataFile* file);
 

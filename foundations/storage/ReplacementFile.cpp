@@ -48,23 +48,34 @@ private:
     int m_fd;
 };
 
-[[noreturn]] void FailWithReason(const QString& path, const char* what)
+[[noreturn]] void FailWithReason(const char* what)
 {
     const int reason = errno;
-    throw StorageError(path + QStringLiteral(": ") + QString::fromLatin1(what) + QStringLiteral(": ") +
+    throw StorageError(QString::fromLatin1(what) + QStringLiteral(": ") +
                        QString::fromLocal8Bit(std::strerror(reason)));
 }
 
-void Sync(const QString& path, int flags)
+void Sync(const QString& path)
 {
-    const Descriptor file(path, flags);
+    const Descriptor file(path, O_RDONLY);
     if (file.Fd() < 0 || ::fsync(file.Fd()) != 0)
-        FailWithReason(path, "can't be brought to the disk");
+        FailWithReason("can't be brought to the disk");
+}
+
+// Some file systems can't do this for folders, and say EINVAL; there the rename is as durable as it gets.
+void SyncFolder(const QString& path)
+{
+    const Descriptor folder(path, O_RDONLY | O_DIRECTORY);
+    if (folder.Fd() < 0 || (::fsync(folder.Fd()) != 0 && errno != EINVAL))
+        FailWithReason("is saved, but may not survive a power failure");
 }
 
 QString TemporaryPrefix(const QFileInfo& target)
 {
-    return QLatin1Char('.') + target.fileName().left(s_longestBase) + QLatin1Char('.');
+    QString base = target.fileName().left(s_longestBase);
+    if (!base.isEmpty() && base.at(base.size() - 1).isHighSurrogate())
+        base.chop(1); // half a character has no name on disk
+    return QLatin1Char('.') + base + QLatin1Char('.');
 }
 
 // Whether the process that the name tells of is gone. Its lock on the file is the second witness: a process of
@@ -96,19 +107,21 @@ void ClearAbandoned(const QFileInfo& target)
 ReplacementFile::ReplacementFile(const QString& target)
     : m_target(CanonicalPath(target))
 {
+    if (target.endsWith(QLatin1Char('/')))
+        throw StorageError(QStringLiteral("names a folder, not a file"), ER_INVALID_ARGUMENT);
     const QFileInfo info(m_target);
     const QByteArray encoded = QFile::encodeName(m_target);
     struct stat status = {};
     if (::stat(encoded.constData(), &status) == 0) {
         if (!S_ISREG(status.st_mode))
-            throw StorageError(target + QStringLiteral(": is not a regular file"));
+            throw StorageError(QStringLiteral("is not a regular file"));
         if (::access(encoded.constData(), W_OK) != 0)
-            FailWithReason(target, "can't be written");
+            FailWithReason("can't be written");
     } else if (errno != ENOENT) {
-        FailWithReason(target, "can't be written");
+        FailWithReason("can't be written");
     }
     if (!info.dir().exists())
-        throw StorageError(target + QStringLiteral(": the folder doesn't exist"), ER_NOT_FOUND);
+        throw StorageError(QStringLiteral("the folder doesn't exist"), ER_NOT_FOUND);
     ClearAbandoned(info);
     m_path = info.dir().filePath(TemporaryPrefix(info) + QString::number(::getpid()) + QLatin1Char('-') +
                                  QUuid::createUuid().toString(QUuid::Id128).left(12) + s_suffix);
@@ -126,12 +139,12 @@ void ReplacementFile::Commit()
     const QByteArray to = QFile::encodeName(m_target);
     struct stat status = {};
     if (::stat(to.constData(), &status) == 0 && ::chmod(from.constData(), status.st_mode & 07777U) != 0)
-        FailWithReason(m_target, "can't be replaced");
-    Sync(m_path, O_RDONLY);
+        FailWithReason("can't be replaced");
+    Sync(m_path);
     if (std::rename(from.constData(), to.constData()) != 0)
-        FailWithReason(m_target, "can't be replaced");
+        FailWithReason("can't be replaced");
     m_committed = true;
-    Sync(QFileInfo(m_target).path(), O_RDONLY | O_DIRECTORY);
+    SyncFolder(QFileInfo(m_target).path());
 }
 
 } // namespace Orrery

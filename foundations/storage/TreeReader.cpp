@@ -14,6 +14,7 @@
 namespace Orrery {
 
 using Brindle::Quay::BVariant;
+using Brindle::Quay::DataOrdering;
 using namespace CatalogueFormat;
 
 namespace {
@@ -78,7 +79,7 @@ std::unique_ptr<AbstractProperty> TreeReader::MakeNode(std::size_t index) const
     const Row& row = m_catalogue.rows[index];
     switch (row.kind) {
     case KindFolder:
-        return MakeFolder(row);
+        return MakeFolder(index);
     case KindReference:
         return MakeReference(row);
     default:
@@ -86,10 +87,17 @@ std::unique_ptr<AbstractProperty> TreeReader::MakeNode(std::size_t index) const
     }
 }
 
-std::unique_ptr<AbstractProperty> TreeReader::MakeFolder(const Row& row) const
+std::unique_ptr<AbstractProperty> TreeReader::MakeFolder(std::size_t index) const
 {
+    const Row& row = m_catalogue.rows[index];
     const QString type = m_catalogue.Type(row);
-    std::unique_ptr<PropertyObject> folder(PropertyObjectFactory::Instance().CreateOrKeepType(type));
+    std::unique_ptr<PropertyObject> folder;
+    try {
+        folder.reset(PropertyObjectFactory::Instance().CreateOrKeepType(type));
+    } catch (const std::exception& error) {
+        Fail(index, QStringLiteral("an object of type '") + type + QStringLiteral("' can't be made: ") +
+                        QString::fromUtf8(error.what()));
+    }
     folder->SetName(m_catalogue.Name(row));
     return folder;
 }
@@ -97,11 +105,12 @@ std::unique_ptr<AbstractProperty> TreeReader::MakeFolder(const Row& row) const
 std::unique_ptr<AbstractProperty> TreeReader::MakeSimple(std::size_t index) const
 {
     const Row& row = m_catalogue.rows[index];
+    const DataOrdering ordering = row.ordering == 0 ? DataOrdering::RowMajor : DataOrdering::ColumnMajor;
     BVariant value;
     if (row.form == FormInline) {
-        value = ElementTypes::MakeScalar(row.element, row.value);
+        value = ElementTypes::MakeScalar(row.element, row.value, ordering);
     } else if (row.form == FormText) {
-        value = BVariant(m_catalogue.Text(row));
+        value = BVariant::scalar<std::string>(m_catalogue.Text(row), ordering);
     } else if (row.form == FormArray) {
         try {
             value = m_arrays(index);

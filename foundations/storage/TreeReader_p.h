@@ -34,7 +34,7 @@ public:
 
 private:
     std::unique_ptr<AbstractProperty> MakeNode(std::size_t index) const;
-    std::unique_ptr<AbstractProperty> MakeFolder(const CatalogueFormat::Row& row) const;
+    std::unique_ptr<AbstractProperty> MakeFolder(std::size_t index) const;
     std::unique_ptr<AbstractProperty> MakeSimple(std::size_t index) const;
     std::unique_ptr<AbstractProperty> MakeReference(const CatalogueFormat::Row& row) const;
     void Finish(std::size_t parent);
