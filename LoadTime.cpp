@@ -1,3 +1,45 @@
 // The one place where OrreryCoreVariables does work at load time. The order of initialisers across source
-// files isn't defined, so every registration that has to happen before main() stands here, in its order.
+// files isn't defined, so every registration that has to happen before main() stands here, in its order:
+// a class's type first, then the constants that name its children. The classes follow one another as
+//
+//     Units, Variable, RangeVar, ConcatVar, ExplicitDataVar, FunctionVar,
+//     ParameterizedResultData, Result, ResultData, Function
+//
+// so that a later one may use the names of an earlier one. OrreryCore is loaded before this library, hence
+// the factory is there.
 
+#include "foundations/property/PropertyObjectFactory.h"
+#include "variables/ExplicitDataVar.h"
+#include "variables/Variable.h"
+
+namespace Orrery {
+namespace {
+
+template <class T>
+PropertyObject* create()
+{
+    return new T;
+}
+
+/// The code is kept for the debugger only: a type that can't be registered is loaded as a plain folder.
+template <class T>
+ERESULT registerType()
+{
+    return PropertyObjectFactory::Instance().RegisterType(T::StaticType(), &create<T>);
+}
+
+} // namespace
+
+// Variable
+[[maybe_unused]] static const ERESULT s_variableRegistered = registerType<Variable>();
+const QString Variable::s_independentVars = QStringLiteral("Indep");
+const QString Variable::s_units = QStringLiteral("Unit");
+const QString Variable::s_displayUnits = QStringLiteral("DisplayUnit");
+const QString Variable::s_strategy = QStringLiteral("VariableStrategy");
+const QString Variable::s_independentMap = QStringLiteral("IndependentMap");
+
+// ExplicitDataVar
+[[maybe_unused]] static const ERESULT s_explicitDataVarRegistered = registerType<ExplicitDataVar>();
+const QString ExplicitDataVar::s_data = QStringLiteral("Data");
+
+} // namespace Orrery

@@ -1,0 +1,121 @@
+#include "variables/ExplicitDataVarStrategy.h"
+
+#include "foundations/variant/VariantOperations.h"
+#include "variables/DataProperty_p.h"
+#include "variables/GetAt.h"
+#include "variables/Variable.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+namespace Orrery {
+namespace {
+
+std::uint64_t offsetCount(const BVariant& data)
+{
+    if (data.isEmpty())
+        return 0;
+    const auto dimensions = data.getDimensions();
+    const auto axis =
+        std::find_if(dimensions.begin(), dimensions.end(), [](std::uint64_t n) { return n > 1; });
+    return axis == dimensions.end() ? 1 : *axis;
+}
+
+std::uint64_t elementDimCount(const BVariant& data)
+{
+    const auto dimensions = data.getDimensions();
+    return dimensions.size() == 0 ? 0 : dimensions.size() - 1;
+}
+
+} // namespace
+
+ExplicitDataVarStrategy::ExplicitDataVarStrategy(Variable* owner)
+    : IVariableStrategy(owner)
+{
+    ensureDataProperty(*backRef());
+}
+
+ExplicitDataVarStrategy::~ExplicitDataVarStrategy() = default;
+
+const QString& ExplicitDataVarStrategy::StaticType()
+{
+    static const QString type = QStringLiteral("ExplicitDataStrategy");
+    return type;
+}
+
+QString ExplicitDataVarStrategy::GetType() const
+{
+    return StaticType();
+}
+
+std::shared_ptr<IVariableStrategy> ExplicitDataVarStrategy::Copy(Variable* owner) const
+{
+    return std::make_shared<ExplicitDataVarStrategy>(owner);
+}
+
+BVariant ExplicitDataVarStrategy::GetData(IsCellArray* flag) const
+{
+    const SimpleProperty* property = ensureDataProperty(*backRef());
+    if (flag)
+        *flag = property ? property->GetValueIsCellArray() : IsCellArrayFalse;
+    return property ? property->GetValue() : BVariant();
+}
+
+Variable& ExplicitDataVarStrategy::UpdateData(const BVariant& data, IsCellArray flag)
+{
+    push(data, flag);
+    return *backRef();
+}
+
+ERESULT ExplicitDataVarStrategy::GetValueAt(BVariant* out, std::uint64_t offset) const
+{
+    return GetAt(out, GetData(nullptr), offset);
+}
+
+ERESULT ExplicitDataVarStrategy::GetValueRange(BVariant* out, std::uint64_t start, std::uint64_t end) const
+{
+    if (!out)
+        return ER_INVALID_ARGUMENT;
+    try {
+        BVariant data = GetData(nullptr);
+        const std::uint64_t count = offsetCount(data);
+        if (start >= count) {
+            *out = BVariant();
+            return ER_FAILED;
+        }
+        if (end == 0)
+            end = count;
+        if (start == 0 && end == count)
+            *out = std::move(data);
+        else
+            *out = Brindle::Quay::sliceRange(data, start, end - 1);
+        return ER_SUCCESS;
+    } catch (const std::exception&) {
+        return ER_FAILED;
+    }
+}
+
+std::uint64_t ExplicitDataVarStrategy::GetMaxIndepOffset() const
+{
+    return offsetCount(GetData(nullptr));
+}
+
+std::uint64_t ExplicitDataVarStrategy::GetElementDimCount() const
+{
+    return elementDimCount(GetData(nullptr));
+}
+
+ERESULT ExplicitDataVarStrategy::GetElementShape(std::vector<std::uint64_t>* shape) const
+{
+    if (!shape)
+        return ER_INVALID_ARGUMENT;
+    const BVariant data = GetData(nullptr);
+    const auto dimensions = data.getDimensions();
+    shape->clear();
+    if (elementDimCount(data) > 0)
+        shape->assign(std::next(dimensions.begin()), dimensions.end());
+    return ER_SUCCESS;
+}
+
+} // namespace Orrery

@@ -1,0 +1,44 @@
+#include "variables/IVariableStrategy.h"
+
+#include "variables/DataProperty_p.h"
+#include "variables/Variable.h"
+
+#include <stdexcept>
+
+namespace Orrery {
+
+IVariableStrategy::IVariableStrategy(Variable* owner)
+    : m_backRef(owner)
+{
+    if (!owner)
+        throw std::invalid_argument("A variable strategy needs an owner.");
+}
+
+IVariableStrategy::~IVariableStrategy() = default;
+
+BVariant IVariableStrategy::GetData(IsCellArray* flag) const
+{
+    if (flag)
+        *flag = IsCellArrayFalse;
+    BVariant data;
+    if (GetValueRange(&data, 0, GetMaxIndepOffset()) < 0)
+        return BVariant();
+    return data;
+}
+
+Variable& IVariableStrategy::UpdateData(const BVariant& /*data*/, IsCellArray /*flag*/)
+{
+    return *m_backRef;
+}
+
+void IVariableStrategy::push(const BVariant& data, IsCellArray flag)
+{
+    // Tried, not awaited: a computation may hold the mutex for long, and its result would overwrite these data.
+    const std::unique_lock<std::recursive_mutex> lock(m_mutex, std::try_to_lock);
+    if (!lock)
+        return;
+    if (SimpleProperty* property = ensureDataProperty(*m_backRef))
+        property->SetValue(data, flag);
+}
+
+} // namespace Orrery

@@ -1,0 +1,338 @@
+#include "variables/Variable.h"
+
+#include "foundations/property/PropertyHandle.h"
+#include "foundations/property/SimpleProperty.h"
+#include "foundations/variant/VariantOperations.h"
+#include "variables/ExplicitDataVarStrategy.h"
+
+#include <QDebug>
+#include <QList>
+
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <typeinfo>
+#include <utility>
+
+namespace Orrery {
+namespace {
+
+bool isWithin(const AbstractProperty* node, const PropertyObject& folder)
+{
+    while (node && node != &folder)
+        node = node->GetParent();
+    return node != nullptr;
+}
+
+void unlink(AbstractProperty& node)
+{
+    if (PropertyObject* parent = node.GetParent())
+        parent->RemoveProperty(node.GetName());
+}
+
+/// The folder behind a handle that was made for one.
+PropertyObject* folderOf(const PropertyHandle& handle)
+{
+    return static_cast<PropertyObject*>(handle.Get());
+}
+
+// A host's handlers of path changes run while a Variable is moved, and may destroy, rename and move whatever
+// takes part. Hence the handles below: each step looks anew at what is still there.
+
+bool isLoose(const PropertyHandle& handle)
+{
+    const AbstractProperty* node = handle.Get();
+    return node && !node->GetParent();
+}
+
+bool insertInto(const PropertyHandle& folder, const PropertyHandle& node)
+{
+    return folderOf(folder) && folderOf(folder)->InsertOrReplaceProperty(node.Get()) >= 0;
+}
+
+/// What can't be put in (the tree would get too deep, or the folder stand below itself) stays where it was.
+void moveChild(const PropertyHandle& child, const PropertyHandle& from, const PropertyHandle& to)
+{
+    AbstractProperty* node = child.Get();
+    if (!node || !from.Get() || node->GetParent() != from.Get())
+        return;
+    unlink(*node);
+    if (isLoose(child))
+        insertInto(to, child);
+    if (isLoose(child) && !insertInto(from, child))
+        delete child.Get();
+}
+
+void moveChildren(const PropertyHandle& from, const PropertyHandle& to)
+{
+    QList<AbstractProperty*> children;
+    folderOf(from)->GetPropertyList(&children);
+    std::vector<PropertyHandle> snapshot;
+    for (const AbstractProperty* child : qAsConst(children))
+        snapshot.emplace_back(child);
+    for (const PropertyHandle& child : snapshot)
+        moveChild(child, from, to);
+}
+
+/// Puts `node` where `source` stands, which is taken out; nothing happens if that stands nowhere.
+void takePlace(const PropertyHandle& source, const PropertyHandle& node)
+{
+    if (!source.Get() || !source.Get()->GetParent() || !node.Get())
+        return;
+    const PropertyHandle place(source.Get()->GetParent());
+    const PropertyHandle former(node.Get()->GetParent());
+    unlink(*source.Get());
+    if (node.Get())
+        unlink(*node.Get());
+    if (isLoose(node))
+        insertInto(place, node);
+    if (isLoose(node))
+        insertInto(former, node);
+}
+
+QString textOf(const BVariant& value)
+{
+    if (value.isEmpty())
+        return QString();
+    return QString::fromStdString(Brindle::Quay::getScalar<std::string>(value));
+}
+
+template <class S>
+bool isExactly(const IVariableStrategy* strategy)
+{
+    return strategy && typeid(*strategy) == typeid(S);
+}
+
+/// Selects S if `type` is its text; false leaves the strategy as it is.
+template <class S>
+bool selectIfNamed(Variable& variable, const QString& type)
+{
+    if (type != S::StaticType())
+        return false;
+    variable.SetStrategy<S>();
+    return true;
+}
+
+} // namespace
+
+template ORRERYCOREVARIABLES_EXPORT Variable* PropertyObject::GetPtr<Variable>(const QString& name);
+
+Variable::Variable()
+{
+    Init();
+}
+
+Variable::Variable(const QString& name)
+    : PropertyObject(name)
+{
+    Init();
+}
+
+Variable::Variable(const QString& name, const BVariant& data)
+    : Variable(name)
+{
+    Variable::UpdateData(data, true, IsCellArrayFalse);
+}
+
+Variable::Variable(const Variable& other)
+    : PropertyObject()
+{
+    operator=(other);
+}
+
+Variable::Variable(Variable&& other) // NOLINT(performance-noexcept-move-constructor)
+    : PropertyObject(other.GetName())
+{
+    operator=(std::move(other));
+}
+
+Variable::~Variable() = default;
+
+void Variable::Init()
+{
+    SetStrategy<ExplicitDataVarStrategy>();
+}
+
+template <class S>
+S* Variable::SetStrategy()
+{
+    static_assert(std::is_base_of_v<IVariableStrategy, S>);
+    std::shared_ptr<IVariableStrategy> strategy = strategyInUse();
+    if (!isExactly<S>(strategy.get()))
+        m_strategy = strategy = std::make_shared<S>(this);
+    verifyBackref(*strategy);
+    if (SetProperty(sStrategyPropertyName(), BVariant(strategy->GetType().toStdString())) < 0)
+        throw std::logic_error("fatal error in SetStrategy()");
+    return static_cast<S*>(strategy.get());
+}
+
+template ORRERYCOREVARIABLES_EXPORT ExplicitDataVarStrategy* Variable::SetStrategy<ExplicitDataVarStrategy>();
+
+const Variable& Variable::verifyBackref(IVariableStrategy& strategy) const
+{
+    *strategy.m_backRef = *this;
+    return *this;
+}
+
+Variable& Variable::operator=(const Variable& other)
+{
+    if (this == &other)
+        return *this;
+    // `other` may stand below this folder and go with the former children; its strategy is needed after that.
+    const std::shared_ptr<IVariableStrategy> source = other.m_strategy;
+    PropertyObject::operator=(other);
+    Init();
+    if (source)
+        m_strategy = source->Copy(this);
+    return *this;
+}
+
+Variable& Variable::operator=(Variable&& other) // NOLINT(performance-noexcept-move-constructor)
+{
+    const PropertyHandle self(this);
+    const PropertyHandle source(&other);
+    m_strategy = other.m_strategy;
+    if (m_strategy && m_strategy->m_backRef == &other)
+        m_strategy->m_movedFrom = source;
+    // The place of a source below this folder can't be taken, and it must not go with a child that is replaced.
+    if (this != &other && isWithin(&other, *this))
+        unlink(other);
+    if (source.Get())
+        moveChildren(source, self);
+    takePlace(source, self);
+    if (source.Get())
+        other.m_strategy.reset();
+    return *this;
+}
+
+const QString& Variable::StaticType()
+{
+    static const QString type = QStringLiteral("Variable");
+    return type;
+}
+
+const QString& Variable::PropertyObjType() const
+{
+    return StaticType();
+}
+
+unsigned int Variable::GetTypeFlags() const
+{
+    return PropertyTypeFlagObject | PropertyTypeFlagVariable;
+}
+
+AbstractProperty* Variable::DoClone() const
+{
+    auto copy = std::make_unique<Variable>();
+    *copy = *this;
+    return copy.release();
+}
+
+void Variable::OnDeserialization()
+{
+    const auto* selected = GetPtr<SimpleProperty>(sStrategyPropertyName());
+    if (!selected)
+        return;
+    const QString type = textOf(selected->GetValue());
+    // One line for each kind of strategy.
+    const bool known = selectIfNamed<ExplicitDataVarStrategy>(*this, type);
+    if (known)
+        return;
+    SetStrategy<ExplicitDataVarStrategy>();
+    qWarning().noquote().nospace() << "defaulted to ExplicitDataVar; unknown strategy type " << type;
+}
+
+std::shared_ptr<IVariableStrategy> Variable::strategyInUse() const
+{
+    if (m_strategy && m_strategy->m_backRef != this && m_strategy->ownerIsGone())
+        m_strategy = m_strategy->Copy(const_cast<Variable*>(this));
+    return m_strategy;
+}
+
+Variable& Variable::UpdateData(const BVariant& data, bool /*notify*/, IsCellArray flag)
+{
+    const std::shared_ptr<IVariableStrategy> strategy = strategyInUse();
+    if (!strategy)
+        return *this;
+    verifyBackref(*strategy);
+    strategy->UpdateData(data, flag);
+    return *this;
+}
+
+Variable& Variable::UpdateDataAsCellArrayFromBVariant(const BVariant& data)
+{
+    const BVariant copy = data;
+    return UpdateData(copy, true, IsCellArrayTrue);
+}
+
+BVariant Variable::GetData(IsCellArray* flag) const
+{
+    const std::shared_ptr<IVariableStrategy> strategy = strategyInUse();
+    if (strategy)
+        return strategy->GetData(flag);
+    if (flag)
+        *flag = IsCellArrayFalse;
+    return BVariant();
+}
+
+std::uint64_t Variable::GetMaxIndepOffset() const
+{
+    const std::shared_ptr<IVariableStrategy> strategy = strategyInUse();
+    return strategy ? strategy->GetMaxIndepOffset() : 0;
+}
+
+ERESULT Variable::GetValueAt(BVariant* out, std::uint64_t offset) const
+{
+    const std::shared_ptr<IVariableStrategy> strategy = strategyInUse();
+    return strategy ? strategy->GetValueAt(out, offset) : ER_FAILED;
+}
+
+ERESULT Variable::GetValueRange(BVariant* out, std::uint64_t start, std::uint64_t end) const
+{
+    const std::shared_ptr<IVariableStrategy> strategy = strategyInUse();
+    return strategy ? strategy->GetValueRange(out, start, end) : ER_FAILED;
+}
+
+std::uint64_t Variable::GetElementDimCount() const
+{
+    const std::shared_ptr<IVariableStrategy> strategy = strategyInUse();
+    return strategy ? strategy->GetElementDimCount() : 0;
+}
+
+ERESULT Variable::GetElementShape(std::vector<std::uint64_t>* shape) const
+{
+    const std::shared_ptr<IVariableStrategy> strategy = strategyInUse();
+    return strategy ? strategy->GetElementShape(shape) : ER_FAILED;
+}
+
+std::weak_ptr<IVariableStrategy> Variable::GetStrategyPtr() const
+{
+    return m_strategy;
+}
+
+const QString& Variable::sIndependentVars()
+{
+    return s_independentVars;
+}
+
+const QString& Variable::sUnitsPropertyName()
+{
+    return s_units;
+}
+
+const QString& Variable::sDisplayUnitsPropertyName()
+{
+    return s_displayUnits;
+}
+
+const QString& Variable::sStrategyPropertyName()
+{
+    return s_strategy;
+}
+
+const QString& Variable::sIndependentMapPropertyName()
+{
+    return s_independentMap;
+}
+
+} // namespace Orrery

@@ -1,0 +1,149 @@
+#pragma once
+
+#include "foundations/property/PropertyObject.h"
+#include "foundations/variant/BVariant.h"
+#include "orrerycorevariables_export.h"
+#include "variables/IVariableStrategy.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace Orrery {
+
+/// Named data in the property tree, which a host can read, update, clone, save and reload.
+///
+/// A Variable holds no data of its own. What can be saved lies in its children; what it does with data lies in
+/// its one strategy, which can be exchanged at any time and is chosen again from the child "VariableStrategy"
+/// after a reload. A fresh Variable has the explicit strategy and null data.
+///
+/// Shape:  the data have one axis, their first dimension. A position on it is an offset; at each offset lies
+///         one element, which may itself be an array.
+/// Threads: one thread at a time, but for UpdateData() of a strategy that stores data: of two that meet, one
+///         loses its data.
+class ORRERYCOREVARIABLES_EXPORT Variable : public PropertyObject
+{
+public:
+    Variable();
+    explicit Variable(const QString& name);
+    Variable(const QString& name, const BVariant& data);
+
+    /// Clones of the children and a strategy of the same kind.
+    ///
+    /// Edge:   "VariableStrategy" of a copy says "ExplicitDataStrategy" whatever the source is: the copy works
+    ///         as its source does until it is saved, and comes back as an explicit Variable.
+    Variable(const Variable& other);
+
+    /// Hands the children of `other` over, and its place in the tree: if `other` has a parent, it is taken out
+    /// of it, belongs to the caller from then on, and this Variable is put in under its own name. A parent
+    /// that this Variable has had before is left.
+    ///
+    /// Edge:   the strategy comes along, but goes on working on `other` as long as that lives: reads through this
+    ///         Variable see the data of `other`, and every write copies this Variable onto `other` first. A copy
+    ///         assignment to this Variable ends that, and so does the end of `other`: the next operation makes a
+    ///         strategy of the same kind for this Variable then.
+    /// Edge:   a moved-from Variable is for destruction or copy assignment; until then its reading operations give
+    ///         null, 0 or ER_FAILED, and it drops data.
+    /// Edge:   a move to itself leaves the Variable without a strategy.
+    Variable(Variable&& other); // NOLINT(performance-noexcept-move-constructor): handlers run, trees grow
+
+    /// As the copy construction; the former children are gone. The name is taken over by a Variable that has
+    /// neither a name nor a parent.
+    Variable& operator=(const Variable& other);
+
+    /// As the move construction; children of this Variable stay unless one of the same name replaces them.
+    Variable& operator=(Variable&& other); // NOLINT(performance-noexcept-move-constructor): as above
+
+    const QString& PropertyObjType() const override;
+    unsigned int GetTypeFlags() const override;
+
+    /// Choose the strategy that the child "VariableStrategy" names; without that child keep the present one.
+    ///
+    /// Errors: std::runtime_error if the child holds a value that isn't one text; std::logic_error as
+    ///         SetStrategy(). A text that names no strategy gives the explicit one and a warning on the log.
+    void OnDeserialization() override;
+
+    ~Variable() override;
+    AbstractProperty* DoClone() const override;
+
+    /// Store data through the strategy; a strategy that computes its data drops them. Returns this Variable.
+    ///
+    /// `notify` tells whether clients of the Variable hear of it.
+    virtual Variable& UpdateData(const BVariant& data, bool notify = true,
+                                 IsCellArray flag = IsCellArrayFalse);
+
+    /// The number of offsets.
+    virtual std::uint64_t GetMaxIndepOffset() const;
+
+    /// Read the element at one offset.
+    ///
+    /// Errors: the strategy's code. ER_FAILED past the end of stored data, with *out untouched.
+    virtual ERESULT GetValueAt(BVariant* out, std::uint64_t offset) const;
+
+    /// Read offsets [start, end); an end of 0 stands for "to the last".
+    ///
+    /// Errors: the strategy's code. For stored data ER_FAILED, with a null *out if `start` is at or past the
+    ///         last offset and *out untouched else.
+    virtual ERESULT GetValueRange(BVariant* out, std::uint64_t start, std::uint64_t end) const;
+
+    /// The number of dimensions of one element; 0 for scalars.
+    virtual std::uint64_t GetElementDimCount() const;
+
+    /// The dimensions of one element. The vector is cleared first.
+    virtual ERESULT GetElementShape(std::vector<std::uint64_t>* shape) const;
+
+    /// The whole data; *flag receives the flag that was stored with them, and may be null.
+    ///
+    /// Edge:   reading stored data makes the child "Data" if there is none.
+    /// Cost:   stored arrays share their payload with the result.
+    BVariant GetData(IsCellArray* flag = nullptr) const;
+
+    /// UpdateData() with IsCellArrayTrue, announced to clients.
+    Variable& UpdateDataAsCellArrayFromBVariant(const BVariant& data);
+
+    /// The present strategy; empty for a moved-from Variable.
+    std::weak_ptr<IVariableStrategy> GetStrategyPtr() const;
+
+    /// Give this Variable a strategy of exactly the type S, keep the present one if it is that, and note its
+    /// kind in "VariableStrategy". No other child is touched. The result is owned by the Variable.
+    ///
+    /// Edge:   S is one of the strategy classes of this library.
+    /// Errors: std::logic_error "fatal error in SetStrategy()" if "VariableStrategy" can't be written, as when
+    ///         a folder of that name is there; the strategy is in place then.
+    template <class S>
+    S* SetStrategy();
+
+    /// "Variable", the name under which the class is saved.
+    static const QString& StaticType();
+
+    static const QString& sIndependentVars();            ///< "Indep"
+    static const QString& sUnitsPropertyName();          ///< "Unit"
+    static const QString& sDisplayUnitsPropertyName();   ///< "DisplayUnit"
+    static const QString& sStrategyPropertyName();       ///< "VariableStrategy"
+    static const QString& sIndependentMapPropertyName(); ///< "IndependentMap"
+
+private:
+    /// What every construction but a copy or a move, and every copy assignment, starts a Variable with.
+    void Init();
+
+    /// Copies this Variable onto the one behind the strategy's back reference, which does nothing while that
+    /// is this one. Returns this Variable.
+    const Variable& verifyBackref(IVariableStrategy& strategy) const;
+
+    /// The strategy, held for the length of a call: what it calls may exchange it. Null in a moved-from Variable.
+    std::shared_ptr<IVariableStrategy> strategyInUse() const;
+
+    static const QString s_independentVars;
+    static const QString s_units;
+    static const QString s_displayUnits;
+    static const QString s_strategy;
+    static const QString s_independentMap;
+
+    mutable std::shared_ptr<IVariableStrategy> m_strategy; // a read may find that it has to be made anew
+};
+
+extern template ORRERYCOREVARIABLES_EXPORT Variable* PropertyObject::GetPtr<Variable>(const QString& name);
+
+} // namespace Orrery
