@@ -259,6 +259,7 @@ void Catalogue::Check() const
     if (rows.empty())
         throw StorageError(QStringLiteral("the catalogue has no root"));
     Walk walk{std::vector<std::uint16_t>(rows.size(), 0), std::vector<std::uint32_t>(rows.size(), 0)};
+    m_texts.clear();
     m_unclaimed = static_cast<std::uint64_t>(heap.size());
     for (std::size_t i = 0; i < rows.size(); ++i) {
         try {

@@ -95,7 +95,8 @@ private:
     };
 
     QHash<QByteArray, std::uint64_t> m_shared; ///< while writing: where a text stands
-    mutable std::uint64_t m_unclaimed = 0;     ///< while reading: bytes of the heap that no row has named
+    /// Bytes of the heap that no row has named yet; only a check sets the limit.
+    mutable std::uint64_t m_unclaimed = UINT64_MAX;
     mutable QHash<std::uint64_t, SharedText> m_texts; ///< while reading: one QString for equal names
 };
 
