@@ -11,6 +11,7 @@
 #include <vector>
 
 using namespace Orrery;
+using Brindle::Quay::getScalar;
 
 namespace {
 
