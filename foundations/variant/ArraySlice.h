@@ -102,7 +102,7 @@ public:
 
     /// A whole dimension: from the first index to the last one by 1.
     ///
-    /// Threads: initialised at compile time and never torn down, so it serves static initialisers of any library.
+    /// Threads: initialised at compile time, so it serves the static initialisers of any library.
     static const IndexRange all;
 
 private:

@@ -14,15 +14,6 @@ BVariantGeneric<Storage> BVariantGeneric<Storage>::fromPayload(IVariantData* pay
 }
 
 template <class Storage>
-bool BVariantGeneric<Storage>::isNull() const
-{
-    const IVariantData* content = payload();
-    const WellKnownType type = content->getWellKnownType();
-    return type == WellKnownType::Null ||
-           (type == WellKnownType::RunTime && content->getTypeInfo() == typeid(void));
-}
-
-template <class Storage>
 BVariantGeneric<Storage> BVariantGeneric<Storage>::reordered(DataOrdering ordering) const
 {
     const DataOrdering wanted = Internal::normalized(ordering);

@@ -178,7 +178,12 @@ public:
     static BVariantGeneric fromPayload(IVariantData* payload);
 
     /// True when the code is 0, or 32 with the type void.
-    bool isNull() const;
+    bool isNull() const
+    {
+        const WellKnownType type = getWellKnownType();
+        return type == WellKnownType::Null ||
+               (type == WellKnownType::RunTime && getTypeInfo() == typeid(void));
+    }
     /// True without elements: no dimensions, or one of size 0. Null is empty.
     bool isEmpty() const { return elementCount() == 0; }
     /// The product of the dimensions; 0 without any.

@@ -35,24 +35,43 @@ BVariant convertInline(const BVariant& variant, WellKnownType type)
     });
 }
 
-/// tryGetScalar but for the exceptions of a payload whose data can't be fetched.
+/// The element of a payload that has exactly one, converted.
 template <class T>
-bool readScalarInto(const BVariant& variant, T* out, int flag)
+bool convertScalar(const BVariant& variant, WellKnownType from, T* out, int flag)
 {
-    if (variant.isNull())
-        return false;
-    const IVariantData* payload = variant.payload();
-    if (!payload->isScalar() && !payload->getDimensions().holdsScalar())
-        return false;
-    const WellKnownType type = payload->getWellKnownType();
-    if (type == WellKnownType::of<T>()) {
-        *out = readElement<T>(payload, 0);
+    if (variant.isInline()) {
+        T value{};
+        if (!canConvert(from, WellKnownType::of<T>()) ||
+            !convertElements(from, variant.constData(), WellKnownType::of<T>(), &value, 1))
+            return false;
+        *out = std::move(value);
         return true;
     }
     const BVariant converted = convertedTo(variant, WellKnownType::of<T>(), flag);
     if (converted.isNull())
         return false;
-    *out = *static_cast<const T*>(converted.constData());
+    *out = readElement<T>(converted.payload(), 0);
+    return true;
+}
+
+/// tryGetScalar but for the exceptions of a payload whose data can't be fetched.
+template <class T>
+bool readScalarInto(const BVariant& variant, T* out, int flag)
+{
+    const IVariantData* payload = variant.payload();
+    const WellKnownType type = payload->getWellKnownType();
+    const bool hasType = type == WellKnownType::of<T>();
+    if (hasType && variant.isInline()) {
+        *out = *static_cast<const T*>(payload->constData());
+        return true;
+    }
+    if (!hasType && variant.isNull())
+        return false;
+    if (!payload->isScalar() && !payload->getDimensions().holdsScalar())
+        return false;
+    if (!hasType)
+        return convertScalar(variant, type, out, flag);
+    *out = readElement<T>(payload, 0);
     return true;
 }
 } // namespace

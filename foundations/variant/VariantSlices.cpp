@@ -1,3 +1,4 @@
+#include "foundations/variant/ArrayIndexing.h"
 #include "foundations/variant/ElementAccess_p.h"
 #include "foundations/variant/VariantOperations.h"
 
@@ -14,11 +15,20 @@ namespace {
     throw std::invalid_argument("The given ArraySlice is invalid.");
 }
 
+/// Dispatches on the element type; null has words of its own.
+template <class Action>
+decltype(auto) dispatchSource(const BVariant& variant, Action&& action)
+{
+    const WellKnownType type = variant.getWellKnownType();
+    if ((type == WellKnownType::Null || type == WellKnownType::RunTime) && variant.isNull())
+        failInvalidSlice();
+    return dispatchElement(type, std::forward<Action>(action));
+}
+
 /// The failures that come before any index is looked at: null, then a type that no array has.
 void checkSource(const BVariant& variant)
 {
-    if (variant.isNull())
-        failInvalidSlice();
+    dispatchSource(variant, [](auto) {});
 }
 
 BVariant adopt(PayloadPtr payload)
@@ -26,18 +36,12 @@ BVariant adopt(PayloadPtr payload)
     return BVariant::fromPayload(payload.release());
 }
 
-template <class T>
-BVariant readScalarAt(const BVariant& variant, std::uint64_t offset)
-{
-    return BVariant::scalar<T>(readElement<T>(variant.payload(), offset),
-                               normalized(variant.getDataOrdering()));
-}
-
 /// One element as a scalar.
 BVariant scalarAt(const BVariant& variant, std::uint64_t offset)
 {
     return dispatchElement(variant.getWellKnownType(), [&](auto tag) {
-        return readScalarAt<typename decltype(tag)::type>(variant, offset);
+        using T = typename decltype(tag)::type;
+        return BVariant::scalar<T>(readElement<T>(variant.payload(), offset), variant.getDataOrdering());
     });
 }
 
@@ -134,46 +138,46 @@ bool firstDimensionIsSlowest(const BVariant& variant, std::uint64_t perPosition)
 }
 
 /// The offset of the first element that these indices leave; the remaining dimensions are taken whole.
-std::uint64_t offsetOfElement(const BVariant& variant, const std::uint64_t* indices, std::size_t count)
+std::uint64_t offsetOfElement(ArrayDimensionsView dimensions, DataOrdering ordering,
+                              const std::uint64_t* indices, std::size_t count)
 {
-    const ArrayDimensionsView dimensions = variant.getDimensions();
-    const std::size_t rank = dimensions.size();
-    const bool rowMajor = variant.getDataOrdering() == DataOrdering::RowMajor;
     for (std::size_t i = 0; i < count; ++i) {
         if (indices[i] >= dimensions[i])
             IndexValue(indices[i]).position(dimensions[i]); // fails with its own words
     }
-    std::uint64_t offset = 0;
-    std::uint64_t distance = 1;
-    for (std::size_t i = 0; i < rank; ++i) {
-        const std::size_t position = rowMajor ? rank - 1 - i : i;
-        if (position < count)
-            offset += indices[position] * distance;
-        distance *= dimensions[position];
-    }
-    return offset;
+    return ordering == DataOrdering::RowMajor
+               ? ArrayIndexing::calculateOffsetRowMajor(indices, count, dimensions, false)
+               : ArrayIndexing::calculateOffsetColumnMajor(indices, count, dimensions, false);
+}
+
+/// What elementAt ends with: one dimension of 1, which takes what the indices leave only if it is one element.
+void checkOneElementLeft(ArrayDimensionsView dimensions, std::size_t indexCount)
+{
+    const ArrayDimensionsView left = {dimensions.data() + indexCount, dimensions.size() - indexCount};
+    const bool allDroppedOut = left.empty() && indexCount != 0;
+    if (!allDroppedOut)
+        checkCount(left, 1);
 }
 } // namespace
 
 BVariant elementAt(const BVariant& variant, const std::uint64_t* indices, std::size_t count)
 {
-    checkSource(variant);
-    return dispatchElement(variant.getWellKnownType(), [&](auto tag) {
-        const ArrayDimensionsView dimensions = variant.getDimensions();
+    return dispatchSource(variant, [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        const IVariantData* payload = variant.payload();
+        const ArrayDimensionsView dimensions = payload->getDimensions();
+        const DataOrdering ordering = payload->getDataOrdering();
         if (count > dimensions.size())
             failInvalidSlice();
-        const std::uint64_t offset = offsetOfElement(variant, indices, count);
-        const ArrayDimensionsView left = {dimensions.data() + count, dimensions.size() - count};
-        if (!left.holdsScalar() && (count == 0 || !left.empty()))
-            checkCount(left, 1);
-        return readScalarAt<typename decltype(tag)::type>(variant, offset);
+        const std::uint64_t offset = offsetOfElement(dimensions, ordering, indices, count);
+        checkOneElementLeft(dimensions, count);
+        return BVariant::scalar<T>(readElement<T>(payload, offset), ordering);
     });
 }
 
 BVariant slice(const BVariant& variant, const ArraySlice& arraySlice)
 {
     checkSource(variant);
-    dispatchElement(variant.getWellKnownType(), [](auto) {});
     const SliceFlattener flattener(arraySlice, variant.getDimensions(), variant.getDataOrdering());
     if (flattener.isElement())
         return scalarAt(variant, flattener.firstOffset());
@@ -189,7 +193,6 @@ BVariant sliceRange(const BVariant& variant, std::uint64_t first, std::uint64_t 
     if (dimensions.empty() || !firstDimensionIsSlowest(variant, perPosition))
         return slice(variant, {IndexSet(IndexRange(first, last))});
     checkSource(variant);
-    dispatchElement(variant.getWellKnownType(), [](auto) {});
     const IndexRange::Progression range = IndexRange(first, last).progression(dimensions[0]);
     return runAt(variant, range.start * perPosition, WithFirst(dimensions, range.count).view());
 }
@@ -201,7 +204,6 @@ BVariant subArrayAt(const BVariant& variant, std::uint64_t index)
     if (dimensions.empty() || !firstDimensionIsSlowest(variant, perPosition))
         return slice(variant, {IndexSet(IndexValue(index))});
     checkSource(variant);
-    dispatchElement(variant.getWellKnownType(), [](auto) {});
     const std::uint64_t offset = IndexValue(index).position(dimensions[0]) * perPosition;
     if (dimensions.size() == 1)
         return scalarAt(variant, offset);
