@@ -53,6 +53,10 @@ public:
 
     /// The text of GetType().
     static const QString& StaticType();
+
+private:
+    /// What GetData() copies; valid until "Data" changes.
+    const BVariant& storedData() const;
 };
 
 } // namespace Orrery

@@ -2,12 +2,12 @@
 
 #include "foundations/variant/ArraySlice.h"
 #include "foundations/variant/VariantOperations.h"
+#include "variables/GetAt_p.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <exception>
 #include <iterator>
-#include <utility>
 #include <vector>
 
 namespace Orrery {
@@ -35,7 +35,7 @@ BVariant subArray(const BVariant& variant, std::size_t dimensionCount, std::uint
     return Brindle::Quay::slice(variant, pick);
 }
 
-BVariant readAt(const BVariant& variant, std::uint64_t index)
+BVariant partAt(const BVariant& variant, std::uint64_t index)
 {
     using Brindle::Quay::elementAt;
 
@@ -57,20 +57,25 @@ BVariant readAt(const BVariant& variant, std::uint64_t index)
 
 } // namespace
 
-ERESULT GetAt(BVariant* out, BVariant variant, std::uint64_t index)
+ERESULT readAt(BVariant* out, const BVariant& variant, std::uint64_t index)
 {
     if (!out)
         return ER_INVALID_ARGUMENT;
     if (variant.isEmpty()) {
-        *out = std::move(variant);
+        *out = variant;
         return ER_SUCCESS;
     }
     try {
-        *out = readAt(variant, index);
+        *out = partAt(variant, index);
         return ER_SUCCESS;
     } catch (const std::exception&) {
         return ER_FAILED;
     }
+}
+
+ERESULT GetAt(BVariant* out, BVariant variant, std::uint64_t index)
+{
+    return readAt(out, variant, index);
 }
 
 } // namespace Orrery

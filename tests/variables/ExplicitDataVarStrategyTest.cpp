@@ -305,6 +305,29 @@ TEST(ExplicitStrategyRead, OfARangeIsWhatTheSingleOffsetsGive)
     }
 }
 
+// A host may derive from the class of values.
+class HostValue : public SimpleProperty
+{
+public:
+    using SimpleProperty::SimpleProperty;
+    AbstractProperty* DoClone() const override { return new HostValue(*this); }
+};
+
+TEST(ExplicitStrategyRead, TakesAHostsOwnKindOfValue)
+{
+    Variable variable(QStringLiteral("x"), MakeVector<double>({1}));
+    auto host = std::make_unique<HostValue>(QStringLiteral("Data"));
+    ASSERT_GE(host->SetValue(MakeVector<double>({4, 5}), IsCellArrayTrue), 0);
+    ASSERT_GE(variable.InsertOrReplaceProperty(host.get()), 0);
+    const HostValue* data = host.release();
+    IsCellArray flag = IsCellArrayFalse;
+    EXPECT_EQ(ToDoubles(variable.GetData(&flag)), (Doubles{4, 5}));
+    EXPECT_EQ(flag, IsCellArrayTrue);
+    variable.UpdateData(MakeVector<double>({6}));
+    EXPECT_EQ(variable.GetPropertyPtr(QStringLiteral("Data")), data);
+    EXPECT_EQ(ToDoubles(variable.GetData()), (Doubles{6}));
+}
+
 TEST(ExplicitStrategyRead, SeesWhatAHostHasPutIntoData)
 {
     PropertyObject folder;
