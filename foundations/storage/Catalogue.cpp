@@ -314,8 +314,7 @@ void Catalogue::CheckValue(const Row& row) const
         if (row.element != 0 || (row.form != FormNone && row.form != FormReference))
             throw StorageError(QStringLiteral("a reference has a value"));
         if (row.form == FormReference) {
-            Claim(row.value[1]);
-            ReadReferenceRecord(Bytes(row.value[0], row.value[1]));
+            ReadReferenceRecord(ClaimedBytes(row));
         }
         return;
     default:
@@ -335,14 +334,12 @@ void Catalogue::CheckValue(const Row& row) const
     case FormText:
         if (row.element != ElementTypes::TextCode)
             throw StorageError(QStringLiteral("the element type doesn't fit"));
-        Claim(row.value[1]);
-        Bytes(row.value[0], row.value[1]);
+        ClaimedBytes(row);
         return;
     case FormArray:
         if (!known)
             throw StorageError(QStringLiteral("the element type is unknown"));
-        Claim(row.value[1]);
-        CheckArray(ReadArrayRecord(Bytes(row.value[0], row.value[1])), row.element);
+        CheckArray(ReadArrayRecord(ClaimedBytes(row)), row.element);
         return;
     default:
         throw StorageError(QStringLiteral("a field has a value that has no meaning"));
@@ -365,6 +362,13 @@ void Catalogue::Claim(std::uint64_t size) const
     m_unclaimed -= size;
 }
 
+QByteArray Catalogue::ClaimedBytes(const Row& row) const
+{
+    const QByteArray bytes = Bytes(row.value[0], row.value[1]);
+    Claim(row.value[1]);
+    return bytes;
+}
+
 QString Catalogue::Shared(std::uint64_t offset, std::uint64_t size) const
 {
     if (size == 0)
@@ -372,9 +376,10 @@ QString Catalogue::Shared(std::uint64_t offset, std::uint64_t size) const
     const auto found = m_texts.constFind(offset);
     if (found != m_texts.constEnd() && found->size == size)
         return found->text;
-    Claim(size);
     SharedText shared{size, QString()};
-    if (!DecodeText(Bytes(offset, size), &shared.text))
+    const QByteArray bytes = Bytes(offset, size);
+    Claim(size);
+    if (!DecodeText(bytes, &shared.text))
         throw StorageError(QStringLiteral("a name isn't UTF-8"));
     m_texts.insert(offset, shared);
     return shared.text;

@@ -86,6 +86,7 @@ private:
     QByteArray Bytes(std::uint64_t offset, std::uint64_t size) const;
 
     void Claim(std::uint64_t size) const;
+    QByteArray ClaimedBytes(const CatalogueFormat::Row& row) const;
     QString Shared(std::uint64_t offset, std::uint64_t size) const;
 
     struct SharedText

@@ -3,6 +3,7 @@
 #include "foundations/storage/FileIdentity_p.h"
 #include "foundations/storage/Hdf5ArrayIo_p.h"
 #include "foundations/storage/Hdf5CatalogueIo_p.h"
+#include "foundations/storage/Hdf5WriteDriver_p.h"
 #include "foundations/storage/NameCodec_p.h"
 #include "foundations/storage/OpenDataFiles_p.h"
 #include "foundations/storage/ReplacementFile_p.h"
@@ -108,7 +109,14 @@ int DescriptorOf(const Hdf5Handle& file)
     return *static_cast<int*>(descriptor);
 }
 
-void WriteArrays(hid_t file, TreeWriter* tree)
+void ThrowOnWriteError(const Hdf5WriteDriver& driver)
+{
+    if (driver.Error() != 0)
+        throw StorageError(QStringLiteral("can't be written: ") +
+                           QString::fromLocal8Bit(std::strerror(driver.Error())));
+}
+
+void WriteArrays(hid_t file, const Hdf5WriteDriver& driver, TreeWriter* tree)
 {
     Hdf5Folders folders(file, tree->catalogue, Hdf5Folders::MakeGroups);
     for (const TreeWriter::PendingArray& pending : tree->arrays) {
@@ -120,7 +128,24 @@ void WriteArrays(hid_t file, TreeWriter* tree)
         } catch (const StorageError& error) {
             throw StorageError(tree->catalogue.Path(pending.row) + QStringLiteral(": ") + error.Text());
         }
+        ThrowOnWriteError(driver);
     }
+}
+
+void WriteFile(int descriptor, TreeWriter* tree, const QByteArray& uid)
+{
+    Hdf5WriteDriver driver(descriptor);
+    const Hdf5Handle access = FileAccess();
+    if (!driver.Use(access.Id()))
+        throw StorageError(QStringLiteral("can't be written: ") + Hdf5Session::LastError());
+    Hdf5Handle file(H5Fcreate("replacement", H5F_ACC_TRUNC, H5P_DEFAULT, access.Id()), &H5Fclose);
+    if (!file.IsValid())
+        throw StorageError(QStringLiteral("can't be written: ") + Hdf5Session::LastError());
+    WriteArrays(file.Id(), driver, tree);
+    Hdf5CatalogueIo::Write(file.Id(), tree->catalogue, uid);
+    if (!file.Close())
+        throw StorageError(QStringLiteral("can't be written: ") + Hdf5Session::LastError());
+    ThrowOnWriteError(driver);
 }
 
 } // namespace
@@ -202,17 +227,7 @@ void Hdf5DataFile::SaveOrThrow()
     const QByteArray uid = UidForSave();
     const Hdf5Session session;
     ReplacementFile replacement(GetPath());
-    {
-        Hdf5Handle file(H5Fcreate(QFile::encodeName(replacement.Path()).constData(), H5F_ACC_EXCL,
-                                  H5P_DEFAULT, FileAccess().Id()),
-                        &H5Fclose);
-        if (!file.IsValid())
-            throw StorageError(QStringLiteral("can't be written: ") + Hdf5Session::LastError());
-        WriteArrays(file.Id(), &tree);
-        Hdf5CatalogueIo::Write(file.Id(), tree.catalogue, uid);
-        if (!file.Close())
-            throw StorageError(QStringLiteral("can't be written: ") + Hdf5Session::LastError());
-    }
+    WriteFile(replacement.Descriptor(), &tree, uid);
     replacement.Commit();
     m_uid = uid;
     m_uidPath = CanonicalPath(GetPath());

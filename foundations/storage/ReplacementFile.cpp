@@ -55,13 +55,6 @@ private:
                        QString::fromLocal8Bit(std::strerror(reason)));
 }
 
-void Sync(const QString& path)
-{
-    const Descriptor file(path, O_RDONLY);
-    if (file.Fd() < 0 || ::fsync(file.Fd()) != 0)
-        FailWithReason("can't be brought to the disk");
-}
-
 // Some file systems can't do this for folders, and say EINVAL; there the rename is as durable as it gets.
 void SyncFolder(const QString& path)
 {
@@ -125,12 +118,17 @@ ReplacementFile::ReplacementFile(const QString& target)
     ClearAbandoned(info);
     m_path = info.dir().filePath(TemporaryPrefix(info) + QString::number(::getpid()) + QLatin1Char('-') +
                                  QUuid::createUuid().toString(QUuid::Id128).left(12) + s_suffix);
+    m_descriptor = ::open(QFile::encodeName(m_path).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (m_descriptor < 0)
+        FailWithReason("can't be written");
+    ::flock(m_descriptor, LOCK_EX | LOCK_NB); // tells other processes that somebody is at it; see IsAbandoned
 }
 
 ReplacementFile::~ReplacementFile()
 {
     if (!m_committed)
         QFile::remove(m_path);
+    ::close(m_descriptor);
 }
 
 void ReplacementFile::Commit()
@@ -138,9 +136,10 @@ void ReplacementFile::Commit()
     const QByteArray from = QFile::encodeName(m_path);
     const QByteArray to = QFile::encodeName(m_target);
     struct stat status = {};
-    if (::stat(to.constData(), &status) == 0 && ::chmod(from.constData(), status.st_mode & 07777U) != 0)
+    if (::stat(to.constData(), &status) == 0 && ::fchmod(m_descriptor, status.st_mode & 07777U) != 0)
         FailWithReason("can't be replaced");
-    Sync(m_path);
+    if (::fsync(m_descriptor) != 0)
+        FailWithReason("can't be brought to the disk");
     if (std::rename(from.constData(), to.constData()) != 0)
         FailWithReason("can't be replaced");
     m_committed = true;

@@ -97,6 +97,8 @@ std::unique_ptr<AbstractProperty> TreeReader::MakeFolder(std::size_t index) cons
     } catch (const std::exception& error) {
         Fail(index, QStringLiteral("an object of type '") + type + QStringLiteral("' can't be made: ") +
                         QString::fromUtf8(error.what()));
+    } catch (...) {
+        Fail(index, QStringLiteral("an object of type '") + type + QStringLiteral("' can't be made"));
     }
     folder->SetName(m_catalogue.Name(row));
     return folder;
