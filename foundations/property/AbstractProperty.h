@@ -147,7 +147,8 @@ private:
     PropertyObject* m_parent = nullptr;
     mutable Internal::NodeLife* m_life = nullptr; // there is one while handles to this node exist
     Kind m_kind = Kind::Other;
-    bool m_doomed = false; // its destruction is under way
+    bool m_doomed = false;                  // its destruction is under way
+    mutable std::uint32_t m_treeNumber = 0; // of the tree below a root, once somebody has left it
 };
 
 } // namespace Orrery

@@ -21,6 +21,14 @@ struct NodeAccess
     static void setLife(const AbstractProperty& node, NodeLife* life) { node.m_life = life; }
     static void tellPathChanged(AbstractProperty& node) { node.OnPathChanged(); }
 
+    /// What tells the tree below this root from all others of the process; 0 as long as nobody has left it. An
+    /// address wouldn't do, since it is used again.
+    static std::uint32_t treeNumber(const AbstractProperty& root) { return root.m_treeNumber; }
+    static void setTreeNumber(const AbstractProperty& root, std::uint32_t number)
+    {
+        root.m_treeNumber = number;
+    }
+
     /// By the class itself, which no override of GetTypeFlags can misstate; null for another kind.
     static PropertyObject* asFolder(AbstractProperty& node)
     {
@@ -43,6 +51,10 @@ struct NodeAccess
     static void markReference(AbstractProperty& node) { node.m_kind = AbstractProperty::Kind::Reference; }
     static void unmark(AbstractProperty& node) { node.m_kind = AbstractProperty::Kind::Other; }
 
+    static void rememberLostTarget(const AbstractProperty& reference)
+    {
+        static_cast<const PropertyReference&>(reference).RememberLostTarget();
+    }
     static void rememberPath(const AbstractProperty& reference)
     {
         static_cast<const PropertyReference&>(reference).RememberPath();

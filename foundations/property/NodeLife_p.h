@@ -18,7 +18,7 @@ struct NodeLife
     /// Where the node stood when it was last taken out of a tree.
     struct Departure
     {
-        const AbstractProperty* root; // only compared, never followed
+        std::uint32_t tree;
         QString path;
     };
 

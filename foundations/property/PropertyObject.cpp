@@ -1,5 +1,6 @@
 #include "foundations/property/PropertyObject.h"
 
+#include "foundations/property/CloneRun_p.h"
 #include "foundations/property/NodeAccess_p.h"
 #include "foundations/property/NumberedChildren_p.h"
 #include "foundations/property/PropertyHandle.h"
@@ -14,6 +15,7 @@
 
 namespace Orrery {
 
+using Internal::CloneRun;
 using Internal::NodeAccess;
 
 PropertyObject::PropertyObject()
@@ -31,35 +33,43 @@ PropertyObject::PropertyObject(const PropertyObject& other)
     : AbstractProperty(other)
 {
     m_kind = Kind::Folder;
-    Adopt(CloneChildren(other));
+    const auto cloning = std::make_unique<CloneRun>(other, *this);
+    cloning->run();
+    Adopt(cloning->takeClones());
 }
 
 PropertyObject& PropertyObject::operator=(const PropertyObject& other)
 {
     if (this == &other || m_doomed)
         return *this;
+    CheckDepthOfCopy(other);
+    // First all that may throw; the other folder may be one of those that go, so it isn't touched afterwards.
+    const auto cloning = std::make_unique<CloneRun>(other, *this);
+    cloning->run();
+    if (cloning->targetLives())
+        ReplaceChildren(*cloning);
+    return *this;
+}
+
+void PropertyObject::CheckDepthOfCopy(const PropertyObject& other) const
+{
     const int depth = Internal::folderDepth(*this);
     if (depth > Internal::folderDepth(other) && depth - 1 + Internal::folderHeight(other) > MaxDepth)
         throw OrreryException(ER_FAILED);
+}
 
-    // First all that may throw; the other folder may be one of those that go, so it isn't touched afterwards.
-    const PropertyHandle self(this);
-    const QString name = other.m_name;
-    Clones clones = CloneChildren(other);
-    if (!self.Get())
-        return *this;
-
+void PropertyObject::ReplaceChildren(CloneRun& cloning)
+{
     const bool fresh = m_name.isEmpty() && !m_parent;
     if (fresh)
-        m_name = name;
+        m_name = cloning.sourceName();
     {
         PropertyObject doomed;
         HandChildrenTo(&doomed);
-        Adopt(std::move(clones));
+        Adopt(cloning.takeClones());
     }
-    if (!fresh && self.Get())
+    if (!fresh && cloning.targetLives())
         Internal::tellPathChangedBelow(*this);
-    return *this;
 }
 
 PropertyObject::~PropertyObject()
@@ -131,6 +141,7 @@ ERESULT PropertyObject::InsertProperty(AbstractProperty* property)
     const Children::const_iterator place = std::as_const(m_children).lowerBound(property->m_name);
     if (place != m_children.cend() && place.key() == property->m_name)
         return ER_ALREADY_EXISTS;
+    Internal::rememberLostTargets(*property);
     Link(place, property);
     Internal::tellPathChanged(*property);
     return ER_SUCCESS;
@@ -340,26 +351,6 @@ void PropertyObject::Destroy(AbstractProperty* orphan)
     // shall not find the node by a handle, nor give it a place in a tree again.
     orphan->ExpireHandles();
     delete orphan;
-}
-
-PropertyObject::Clones PropertyObject::CloneChildren(const PropertyObject& source)
-{
-    std::vector<PropertyHandle> children;
-    children.reserve(static_cast<std::size_t>(source.m_children.size()));
-    for (const AbstractProperty* const child : source.m_children)
-        children.emplace_back(child);
-
-    Clones clones;
-    clones.reserve(children.size());
-    for (const PropertyHandle& handle : children) {
-        const AbstractProperty* const child = handle.Get();
-        if (!child || child->m_parent != &source)
-            continue;
-        std::unique_ptr<AbstractProperty> clone(child->Clone());
-        if (clone)
-            clones.push_back(std::move(clone));
-    }
-    return clones;
 }
 
 ERESULT PropertyObject::CheckInsertion(const AbstractProperty* property) const

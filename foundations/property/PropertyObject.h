@@ -17,6 +17,7 @@ namespace Orrery {
 using Brindle::Quay::BVariant;
 
 namespace Internal {
+class CloneRun;
 class NumberedChildren;
 } // namespace Internal
 
@@ -170,8 +171,9 @@ private:
     using Clones = std::vector<std::unique_ptr<AbstractProperty>>;
 
     static void Destroy(AbstractProperty* orphan);
-    static Clones CloneChildren(const PropertyObject& source);
 
+    void CheckDepthOfCopy(const PropertyObject& other) const;
+    void ReplaceChildren(Internal::CloneRun& cloning);
     ERESULT CheckInsertion(const AbstractProperty* property) const;
     ERESULT ReplaceBy(AbstractProperty* property, Children::iterator former);
     ERESULT ReplaceByReference(const QString& name, const AbstractProperty* target);

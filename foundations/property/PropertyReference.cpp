@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
+#include <utility>
 
 namespace Orrery {
 
@@ -243,6 +245,13 @@ void PropertyReference::RememberPath() const
         TakeOverDeparture();
 }
 
+// To be called while the root of the tree still tells where a lost target stood.
+void PropertyReference::RememberLostTarget() const
+{
+    if (NodeAccess::life(m_target) && !ReachableTarget())
+        TakeOverPath();
+}
+
 void PropertyReference::RememberPathOf(const AbstractProperty& target) const
 {
     if (areInOneTree(*this, target)) {
@@ -258,24 +267,30 @@ void PropertyReference::RememberPathOf(const AbstractProperty& target) const
     m_path = m_filePath.isEmpty() ? QString() : target.GetFullPath();
 }
 
-// Where a target that is out of reach was last seen, which it has left with its handles.
+// A target that is gone for good has told all that it can, once its path is taken over.
 void PropertyReference::TakeOverDeparture() const
+{
+    TakeOverPath();
+    if (m_target.IsExpired())
+        m_target = PropertyHandle();
+}
+
+// Where a target that is out of reach was last seen, which it has left with its handles.
+void PropertyReference::TakeOverPath() const
 {
     const NodeLife* const life = NodeAccess::life(m_target);
     if (!life)
         return;
-    const AbstractProperty* const root = GetRootProperty();
+    const std::uint32_t tree = NodeAccess::treeNumber(*GetRootProperty());
     const auto& places = life->departures;
     const auto place = std::find_if(places.begin(), places.end(),
-                                    [root](const NodeLife::Departure& p) { return p.root == root; });
+                                    [tree](const NodeLife::Departure& p) { return p.tree == tree; });
     if (place != places.end()) {
         ForgetPath();
         m_path = Property::GetRelativePath(GetFullPath(), place->path);
     } else if (!places.empty() && !m_filePath.isEmpty()) {
         m_path = places.back().path;
     }
-    if (m_target.IsExpired())
-        m_target = PropertyHandle();
 }
 
 } // namespace Orrery

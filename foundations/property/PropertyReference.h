@@ -95,8 +95,10 @@ private:
     AbstractProperty* LookUp() const;
     void ForgetPath() const;
     void RememberPath() const;
+    void RememberLostTarget() const;
     void RememberPathOf(const AbstractProperty& target) const;
     void TakeOverDeparture() const;
+    void TakeOverPath() const;
     bool RefHasTypeFlag(unsigned int flag) const;
 
     // What is known of the target. While it can be reached, its path is worked out and not kept; the texts are

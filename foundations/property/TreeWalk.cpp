@@ -3,7 +3,9 @@
 #include "foundations/property/NodeAccess_p.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace Orrery::Internal {
@@ -115,6 +117,14 @@ private:
     std::vector<std::size_t> m_open;
 };
 
+std::uint32_t numberOfTree(const AbstractProperty& root)
+{
+    static std::atomic<std::uint32_t> s_last{0};
+    if (NodeAccess::treeNumber(root) == 0)
+        NodeAccess::setTreeNumber(root, s_last.fetch_add(1, std::memory_order_relaxed) + 1);
+    return NodeAccess::treeNumber(root);
+}
+
 struct PlacesVisitor
 {
     void enter(const AbstractProperty& node) { visit(node); }
@@ -129,14 +139,26 @@ struct PlacesVisitor
 
     void rememberDeparture(NodeLife& life, const AbstractProperty& node) const
     {
+        const std::uint32_t tree = numberOfTree(*root);
         auto& places = life.departures;
         places.erase(std::remove_if(places.begin(), places.end(),
-                                    [this](const NodeLife::Departure& place) { return place.root == root; }),
+                                    [tree](const NodeLife::Departure& place) { return place.tree == tree; }),
                      places.end());
-        places.push_back({root, node.GetFullPath()});
+        places.push_back({tree, node.GetFullPath()});
     }
 
     const AbstractProperty* root;
+};
+
+struct LostTargetsVisitor
+{
+    void enter(const AbstractProperty&) {}
+    void leave() {}
+    void visit(const AbstractProperty& node)
+    {
+        if (NodeAccess::isReference(node))
+            NodeAccess::rememberLostTarget(node);
+    }
 };
 
 } // namespace
@@ -189,6 +211,14 @@ void tellPathChangedBelow(const PropertyObject& folder)
     Snapshot snapshot;
     walkBelow(folder, snapshot);
     snapshot.tell();
+}
+
+void rememberLostTargets(const AbstractProperty& node)
+{
+    LostTargetsVisitor visitor;
+    visitor.visit(node);
+    if (hasChildren(node))
+        walkBelow(*NodeAccess::asFolder(node), visitor);
 }
 
 void rememberPlaces(const AbstractProperty& node)

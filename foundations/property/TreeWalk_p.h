@@ -29,6 +29,10 @@ void tellPathChanged(AbstractProperty& node);
 /// The same for all that stand below the folder, without the folder itself.
 void tellPathChangedBelow(const PropertyObject& folder);
 
+/// To be called before the node, which is a root, gets a place in another tree: references whose targets have
+/// left or died remember where these stood, as long as that can be told by the root.
+void rememberLostTargets(const AbstractProperty& node);
+
 /// To be called before the node is taken out of its folder: let the handles and the references that are
 /// concerned remember the paths that get lost.
 void rememberPlaces(const AbstractProperty& node);

@@ -1,0 +1,50 @@
+#include "foundations/property/CloneRun_p.h"
+
+#include "foundations/property/NodeAccess_p.h"
+
+#include <utility>
+
+namespace Orrery::Internal {
+
+CloneRun::CloneRun(const PropertyObject& source, const PropertyObject& target)
+    : m_source(&source)
+    , m_sourceName(NodeAccess::name(source))
+    , m_target(&target)
+{
+    const auto& children = NodeAccess::children(source);
+    m_children.reserve(static_cast<std::size_t>(children.size()));
+    for (const AbstractProperty* const child : children)
+        m_children.emplace_back(child);
+    m_clones.reserve(m_children.size()); // so that keep() can't fail and lose a clone
+}
+
+CloneRun::~CloneRun() = default;
+
+void CloneRun::run()
+{
+    while (const AbstractProperty* const child = next())
+        keep(child->Clone());
+}
+
+const AbstractProperty* CloneRun::next()
+{
+    while (m_next < m_children.size()) {
+        const AbstractProperty* const child = m_children[m_next++].Get();
+        if (child && child->GetParent() == m_source)
+            return child;
+    }
+    return nullptr;
+}
+
+void CloneRun::keep(AbstractProperty* clone)
+{
+    if (clone)
+        m_clones.emplace_back(clone);
+}
+
+CloneRun::Clones CloneRun::takeClones()
+{
+    return std::move(m_clones);
+}
+
+} // namespace Orrery::Internal

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "foundations/property/PropertyHandle.h"
+
+#include <QString>
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+namespace Orrery {
+
+class AbstractProperty;
+class PropertyObject;
+
+namespace Internal {
+
+/// Clones the children of a folder, calling the DoClone of each, which may change the folder at will.
+///
+/// Clones nest as deep as the tree. What one level needs is therefore kept in this object, on the heap, and only
+/// the loop itself stands on the stack.
+class CloneRun
+{
+public:
+    using Clones = std::vector<std::unique_ptr<AbstractProperty>>;
+
+    /// Takes note of the children that stand in `source` now, and of its name.
+    CloneRun(const PropertyObject& source, const PropertyObject& target);
+    ~CloneRun();
+    CloneRun(const CloneRun&) = delete;
+    CloneRun& operator=(const CloneRun&) = delete;
+
+    /// Clone them, in their order. Those that are gone or moved when their turn comes are left out.
+    void run();
+
+    Clones takeClones();
+    const QString& sourceName() const { return m_sourceName; }
+
+    /// Whether the folder that the clones are made for still lives.
+    bool targetLives() const { return m_target.Get() != nullptr; }
+
+private:
+    const AbstractProperty* next();
+    void keep(AbstractProperty* clone);
+
+    const PropertyObject* m_source; // only compared
+    QString m_sourceName;
+    PropertyHandle m_target;
+    std::vector<PropertyHandle> m_children;
+    std::size_t m_next = 0;
+    Clones m_clones;
+};
+
+} // namespace Internal
+} // namespace Orrery
