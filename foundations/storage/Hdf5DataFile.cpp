@@ -18,7 +18,9 @@
 #include <cstring>
 #include <new>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace Orrery {
 
@@ -73,14 +75,17 @@ Hdf5Handle FileAccess()
 }
 
 // A FIFO would wait for ever, and a folder or device has no tree.
-void ExpectRegularFile(const QString& path)
+void ExpectReadableRegularFile(const QString& path)
 {
     struct stat status = {};
-    if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
-        const int reason = errno;
+    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    const bool found = descriptor >= 0 && ::fstat(descriptor, &status) == 0;
+    const int reason = errno;
+    if (descriptor >= 0)
+        ::close(descriptor);
+    if (!found)
         throw StorageError(QString::fromLocal8Bit(std::strerror(reason)),
                            reason == ENOENT || reason == ENOTDIR ? ER_NOT_FOUND : ER_FAILED);
-    }
     if (!S_ISREG(status.st_mode))
         throw StorageError(QStringLiteral("is not a regular file"));
     if (status.st_size == 0)
@@ -89,7 +94,7 @@ void ExpectRegularFile(const QString& path)
 
 Hdf5Handle OpenForReading(const QString& path)
 {
-    ExpectRegularFile(path);
+    ExpectReadableRegularFile(path);
     const QByteArray name = QFile::encodeName(path);
     Hdf5Handle file(H5Fopen(name.constData(), H5F_ACC_RDONLY, FileAccess().Id()), &H5Fclose);
     if (file.IsValid())

@@ -98,7 +98,8 @@ std::unique_ptr<AbstractProperty> TreeReader::MakeFolder(std::size_t index) cons
         Fail(index, QStringLiteral("an object of type '") + type + QStringLiteral("' can't be made: ") +
                         QString::fromUtf8(error.what()));
     } catch (...) {
-        Fail(index, QStringLiteral("an object of type '") + type + QStringLiteral("' can't be made"));
+        Fail(index, QStringLiteral("an object of type '") + type +
+                        QStringLiteral("' can't be made: an unknown exception"));
     }
     folder->SetName(m_catalogue.Name(row));
     return folder;
