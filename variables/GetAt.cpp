@@ -73,6 +73,7 @@ ERESULT readAt(BVariant* out, const BVariant& variant, std::uint64_t index)
     }
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): hosts are linked with the form that takes a value
 ERESULT GetAt(BVariant* out, BVariant variant, std::uint64_t index)
 {
     return readAt(out, variant, index);

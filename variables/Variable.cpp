@@ -134,7 +134,8 @@ Variable::Variable(const QString& name, const BVariant& data)
     Variable::UpdateData(data, true, IsCellArrayFalse);
 }
 
-Variable::Variable(const Variable& other)
+// The assignment brings what the base class would copy.
+Variable::Variable(const Variable& other) // NOLINT(bugprone-copy-constructor-init)
     : PropertyObject()
 {
     operator=(other);
@@ -170,7 +171,10 @@ template ORRERYCOREVARIABLES_EXPORT ExplicitDataVarStrategy* Variable::SetStrate
 
 const Variable& Variable::verifyBackref(IVariableStrategy& strategy) const
 {
-    *strategy.m_backRef = *this;
+    Variable& owner = *strategy.m_backRef;
+    // One that stands above this Variable would destroy it together with its own former children.
+    if (!isWithin(this, owner))
+        owner = *this;
     return *this;
 }
 
@@ -261,8 +265,7 @@ Variable& Variable::UpdateData(const BVariant& data, bool /*notify*/, IsCellArra
 
 Variable& Variable::UpdateDataAsCellArrayFromBVariant(const BVariant& data)
 {
-    const BVariant copy = data;
-    return UpdateData(copy, true, IsCellArrayTrue);
+    return UpdateData(BVariant(data), true, IsCellArrayTrue);
 }
 
 BVariant Variable::GetData(IsCellArray* flag) const

@@ -129,7 +129,7 @@ private:
     void Init();
 
     /// Copies this Variable onto the one behind the strategy's back reference, which does nothing while that
-    /// is this one. Returns this Variable.
+    /// is this one (or one above it). Returns this Variable.
     const Variable& verifyBackref(IVariableStrategy& strategy) const;
 
     /// The strategy, held for the length of a call: what it calls may exchange it. Null in a moved-from Variable.

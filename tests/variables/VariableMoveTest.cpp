@@ -1,4 +1,5 @@
 // A move hands a Variable over into its place in the tree; its strategy goes on working on the source.
+#include "foundations/property/PropertyHandle.h"
 #include "tests/variables/VariableTestSupport.h"
 #include "variables/ExplicitDataVarStrategy.h"
 #include "variables/Variable.h"
@@ -322,6 +323,11 @@ TEST(VariableMoveWithinATree, LeavesATargetBelowALooseSourceThere)
     EXPECT_EQ(outer.GetPropertyPtr(QStringLiteral("shelf")), shelf);
     EXPECT_EQ(outer.GetPropertyCount(), 1);
     EXPECT_EQ(childDoubles(*inner, dataName), (Doubles{9}));
+    // Its data go to the source above it, which isn't overwritten: that would be the target's end.
+    inner->UpdateData(MakeVector<double>({3}));
+    inner->SetStrategy<ExplicitDataVarStrategy>();
+    EXPECT_EQ(inner->GetParent(), shelf);
+    EXPECT_EQ(childDoubles(outer, dataName), (Doubles{3}));
 }
 
 TEST(VariableMoveTooDeep, LeavesTheChildWithTheSource)
@@ -412,6 +418,64 @@ TEST_F(Reactions, MayFillTheSourceAgain)
     EXPECT_TRUE(target.HasProperty(QStringLiteral("M")));
     EXPECT_TRUE(target.HasProperty(QStringLiteral("Z")));
     EXPECT_EQ(source.GetPropertyCount(), 1);
+}
+
+TEST(ReactionsToAMove, MayDestroyTheSource)
+{
+    PropertyObject folder;
+    Variable* source = put(folder, makeVariable(QStringLiteral("source"), {1, 2}));
+    auto* reacting = put(*source, std::make_unique<ReactingFolder>(QStringLiteral("M")));
+    reacting->reaction = [&] { EXPECT_GE(folder.DeleteProperty(QStringLiteral("source")), 0); };
+    Variable target(QStringLiteral("target"));
+    target = std::move(*source);
+    EXPECT_TRUE(target.HasProperty(QStringLiteral("M")));
+    EXPECT_EQ(ToDoubles(target.GetData()), (Doubles{1, 2}));
+    EXPECT_EQ(target.GetParent(), nullptr);
+}
+
+TEST(ReactionsToAMove, MayDestroyTheTarget)
+{
+    Variable source(QStringLiteral("source"), MakeVector<double>({1, 2}));
+    auto* reacting = put(source, std::make_unique<ReactingFolder>(QStringLiteral("A")));
+    PropertyObject folder;
+    Variable* target = put(folder, std::make_unique<Variable>(QStringLiteral("target")));
+    reacting->reaction = [&] { EXPECT_GE(folder.DeleteProperty(QStringLiteral("target")), 0); };
+    *target = std::move(source);
+    EXPECT_EQ(folder.GetPropertyCount(), 0);
+    EXPECT_EQ(childDoubles(source, dataName), (Doubles{1, 2}));
+    EXPECT_TRUE(source.HasProperty(QStringLiteral("A")));
+}
+
+TEST(ReactionsToAMove, MayDestroyTheSourceOfAChildThatFitsNowhere)
+{
+    PropertyObject folder;
+    Variable* source = put(folder, makeVariable(QStringLiteral("source"), {1, 2}));
+    auto* reacting = put(*source, std::make_unique<ReactingFolder>(QStringLiteral("M")));
+    growChain(*reacting, 900);
+    const PropertyHandle child(reacting);
+    reacting->reaction = [&] { EXPECT_GE(folder.DeleteProperty(QStringLiteral("source")), 0); };
+    PropertyObject top;
+    Variable* target = put(*growChain(top, 300), makeVariable(QStringLiteral("target"), {9}));
+    *target = std::move(*source);
+    EXPECT_FALSE(target->HasProperty(QStringLiteral("M")));
+    EXPECT_TRUE(child.IsExpired());
+}
+
+TEST(ReactionsToAMove, MayMoveTheSourceElsewhere)
+{
+    PropertyObject folder;
+    PropertyObject elsewhere;
+    std::unique_ptr<Variable> source(put(folder, makeVariable(QStringLiteral("source"), {1, 2})));
+    auto* reacting = put(*source, std::make_unique<ReactingFolder>(QStringLiteral("M")));
+    reacting->reaction = [&] {
+        EXPECT_GE(folder.RemoveProperty(QStringLiteral("source")), 0);
+        EXPECT_GE(elsewhere.InsertProperty(source.get()), 0);
+    };
+    Variable target(QStringLiteral("target"));
+    target = std::move(*source);
+    EXPECT_EQ(target.GetParent(), &elsewhere);
+    EXPECT_EQ(source->GetParent(), nullptr);
+    EXPECT_EQ(folder.GetPropertyCount(), 0);
 }
 
 TEST_F(Reactions, MayWriteDataThroughEitherVariable)
