@@ -1,0 +1,129 @@
+#include "hosts/orrery/CommandLine.h"
+
+#include "hosts/orrery/Diagnostics.h"
+#include "hosts/orrery/Failure.h"
+#include "hosts/orrery/Output.h"
+#include "hosts/orrery/PlainText.h"
+#include "hosts/orrery/commands/Commands.h"
+
+#include <CLI/CLI.hpp>
+#include <QTextCodec>
+
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <string>
+
+namespace Orrery::Host {
+
+namespace {
+
+const char s_version[] = "orrery " ORRERY_VERSION;
+
+void printError(const std::string& line)
+{
+    std::fprintf(stderr, "orrery: %s\n", line.c_str());
+}
+
+int usageError(const std::string& line, const std::string& command)
+{
+    printError(printable(line) + "; try '" + command + " --help'");
+    return ExitUsage;
+}
+
+// The command that was given, as it is typed.
+std::string givenCommand(const CLI::App& program)
+{
+    for (const CLI::App* const command : program.get_subcommands())
+        return "orrery " + command->get_name();
+    return "orrery";
+}
+
+std::string usageLine(const CLI::App& program, const CLI::Error& error)
+{
+    if (!program.get_subcommands().empty())
+        return error.what();
+    for (const std::string& word : program.remaining()) {
+        if (word.empty() || word.front() != '-')
+            return "there is no command " + inQuotes(word);
+        return "there is no option " + inQuotes(word);
+    }
+    return "expected a command: import, ls or show";
+}
+
+void setUp(CLI::App& program, bool* isVerbose, Action* action)
+{
+    program.name("orrery");
+    program.set_version_flag("--version", s_version, "Print the version");
+    program.add_flag("-v,--verbose", *isVerbose, "Show the library's log on standard error");
+    program.require_subcommand(1);
+    program.fallthrough();
+    program.set_help_flag("-h,--help", "Print this help");
+    addImportCommand(program, action);
+    addLsCommand(program, action);
+    addShowCommand(program, action);
+    program.get_formatter()->label("SUBCOMMAND", "COMMAND");
+    program.get_formatter()->label("Subcommands", "Commands");
+    program.footer("'orrery COMMAND --help' tells more about a command.\n"
+                   "Exit codes: 0 good, 1 failure, 2 wrong usage.");
+}
+
+std::string helpText(const CLI::App& program)
+{
+    for (const CLI::App* const command : program.get_subcommands())
+        return command->help("orrery");
+    return program.help();
+}
+
+int run(CLI::App& program, int argc, const char* const* argv, Output& out)
+{
+    Action action;
+    bool isVerbose = false;
+    setUp(program, &isVerbose, &action);
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        out.write(helpText(program));
+        out.flush();
+        return ExitGood;
+    } catch (const CLI::CallForVersion&) {
+        out.write(std::string(s_version) + '\n');
+        out.flush();
+        return ExitGood;
+    } catch (const CLI::Error& error) {
+        return usageError(usageLine(program, error), givenCommand(program));
+    }
+    if (isVerbose)
+        showLog();
+    action(out);
+    out.flush();
+    return ExitGood;
+}
+
+} // namespace
+
+int runCommandLine(int argc, const char* const* argv)
+{
+    // File names are UTF-8 whatever the locale says.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    silenceLog();
+    CLI::App program("Import, list and print data files of named variables.");
+    Output out;
+    try {
+        return run(program, argc, argv, out);
+    } catch (const ReaderGone&) {
+        return ExitGood;
+    } catch (const Failure& failure) {
+        if (failure.exitCode() == ExitUsage)
+            return usageError(failure.what(), givenCommand(program));
+        printError(failure.what());
+        return failure.exitCode();
+    } catch (const std::bad_alloc&) {
+        printError("there is not enough memory");
+    } catch (const std::exception& error) {
+        printError(printable(error.what()));
+    }
+    return ExitFailed;
+}
+
+} // namespace Orrery::Host

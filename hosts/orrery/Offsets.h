@@ -1,0 +1,52 @@
+#pragma once
+
+#include "foundations/variant/BVariant.h"
+#include "variables/Variable.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Orrery::Host {
+
+/// Which offsets of a variable are wanted: [begin, end), to the last one without an end.
+struct OffsetRange
+{
+    std::uint64_t begin = 0;
+    std::optional<std::uint64_t> end = std::nullopt;
+    bool isSingle = false; ///< one offset, given by its number
+};
+
+/// "N".
+///
+/// Errors: Failure (ExitUsage) for anything but a number from 0.
+OffsetRange parseOffset(const std::string& text);
+
+/// "A:B", "A:", ":B" or ":".
+///
+/// Errors: Failure (ExitUsage) for anything else, and when A lies behind B.
+OffsetRange parseRange(const std::string& text);
+
+/// Values that were read from a variable, in rows by offset.
+struct Selection
+{
+    Brindle::Quay::BVariant data;
+    std::vector<std::uint64_t> dimensions;   ///< as the values are laid out for a person
+    std::vector<std::uint64_t> elementShape; ///< of the values at one offset; empty for scalars
+    std::uint64_t firstOffset = 0;
+    std::uint64_t offsets = 0;
+    bool leadsWithOffset = true; ///< the first of `dimensions` counts offsets
+};
+
+/// Read the whole of a variable.
+///
+/// Errors: Failure when the values can't be computed; the library's exception when they can't be read.
+Selection selectAll(const Variable& variable);
+
+/// Read some offsets of a variable.
+///
+/// Errors: Failure for offsets that the variable doesn't have; else as selectAll().
+Selection select(const Variable& variable, const OffsetRange& range);
+
+} // namespace Orrery::Host

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "foundations/property/PropertyObject.h"
+#include "hosts/orrery/RawFile.h"
+
+#include <QHash>
+#include <QString>
+
+namespace Orrery::Host {
+
+/// Puts the plots of a raw file into a tree: one folder for each, one ExplicitDataVar for each vector.
+///
+/// Names:  a folder is called by the kind of its run and a number from 1 for each kind, "dc1", "ac1", "tran2",
+///         as people know them from simulators; a kind that isn't known by its own words, "my-analysis1". A
+///         vector keeps its name; if the folder has it already, "_2" and so on is put behind it.
+/// Texts:  "Title", "Date", "Plotname", "Flags", and "Command" and "Option" where there are such lines, are text
+///         values of the folder; "Type" of a variable says what its values measure.
+class RawImporter
+{
+public:
+    /// `root` receives the folders; it is not owned and must outlive the importer.
+    explicit RawImporter(PropertyObject* root)
+        : m_root(root)
+    {
+    }
+
+    /// Add a folder for this plot behind those that were added before. Returns it; the root owns it.
+    ///
+    /// Errors: Failure when the tree takes a node not, which a root that only this importer fills never does.
+    PropertyObject* add(RawPlot plot);
+
+private:
+    QString folderName(const QString& plotName);
+
+    PropertyObject* m_root;
+    QHash<QString, int> m_numbers; // the last one of each kind
+};
+
+} // namespace Orrery::Host

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "hosts/orrery/Output.h"
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+
+namespace Orrery::Host {
+
+/// What a command runs once the command line has been understood. It throws Failure or ReaderGone.
+using Action = std::function<void(Output&)>;
+
+/// Each of these adds one command to the program, and stores in `*action` what it does when it was given. `*action`
+/// must outlive the parsing.
+void addImportCommand(CLI::App& program, Action* action);
+void addLsCommand(CLI::App& program, Action* action);
+void addShowCommand(CLI::App& program, Action* action);
+
+} // namespace Orrery::Host

@@ -1,0 +1,6 @@
+#include "hosts/orrery/CommandLine.h"
+
+int main(int argc, char** argv)
+{
+    return Orrery::Host::runCommandLine(argc, argv);
+}
