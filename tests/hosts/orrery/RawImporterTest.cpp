@@ -1,0 +1,148 @@
+#include "hosts/orrery/RawImporter.h"
+
+#include "foundations/property/SimpleProperty.h"
+#include "foundations/variant/VariantOperations.h"
+#include "variables/ExplicitDataVar.h"
+
+#include <gtest/gtest.h>
+
+namespace Orrery::Host {
+
+namespace {
+
+RawPlot plotNamed(const QString& name)
+{
+    RawPlot plot;
+    plot.name = name;
+    return plot;
+}
+
+QString textOf(PropertyObject* folder, const QString& name)
+{
+    QString text;
+    EXPECT_GE(folder->GetProperty(name, &text), 0) << name.toStdString();
+    return text;
+}
+
+} // namespace
+
+struct FolderCase
+{
+    const char* plotName;
+    const char* folder;
+};
+
+class FolderNames : public ::testing::TestWithParam<FolderCase>
+{
+};
+
+TEST_P(FolderNames, TellTheKindOfRun)
+{
+    PropertyObject root;
+    RawImporter importer(&root);
+    EXPECT_EQ(importer.add(plotNamed(QString::fromUtf8(GetParam().plotName)))->GetName().toStdString(),
+              GetParam().folder);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, FolderNames,
+    ::testing::Values(FolderCase{"DC transfer characteristic", "dc1"}, FolderCase{"AC Analysis", "ac1"},
+                      FolderCase{"Transient Analysis", "tran1"}, FolderCase{"Operating Point", "op1"},
+                      FolderCase{"Noise Spectral Density Curves", "noise1"},
+                      FolderCase{"Integrated Noise", "noise-total1"}, FolderCase{"constants", "const1"},
+                      FolderCase{"My  own (2nd) run!", "my-own-2nd-run1"}, FolderCase{"run 2", "run-2-1"},
+                      FolderCase{"\xC3\x9C"
+                                 "bertragung",
+                                 "\xC3\xBC"
+                                 "bertragung1"},
+                      FolderCase{"", "plot1"}, FolderCase{"?!", "plot1"}));
+
+TEST(FolderNumbers, CountEachKindFromOne)
+{
+    PropertyObject root;
+    RawImporter importer(&root);
+    QStringList names;
+    for (const char* const plot :
+         {"DC transfer characteristic", "AC Analysis", "DC transfer characteristic", "run 2"})
+        names += importer.add(plotNamed(plot))->GetName();
+    EXPECT_EQ(names, (QStringList{"dc1", "ac1", "dc2", "run-2-1"}));
+    EXPECT_EQ(root.GetPropertyCount(), 4);
+}
+
+TEST(FolderNumbers, PassOverWhatTheTreeHas)
+{
+    PropertyObject root;
+    ASSERT_GE(root.SetProperty("dc1", 5), 0);
+    EXPECT_EQ(RawImporter(&root).add(plotNamed("DC transfer characteristic"))->GetName(), "dc2");
+}
+
+TEST(PlotTexts, AreValuesOfTheFolder)
+{
+    RawPlot plot = plotNamed("AC Analysis");
+    plot.title = "T";
+    plot.date = "D";
+    plot.flags = "complex";
+    plot.commands = QStringList{"one"};
+    plot.options = QStringList{"a = 1", "b = 2"};
+    PropertyObject root;
+    PropertyObject* const folder = RawImporter(&root).add(plot);
+    EXPECT_EQ(textOf(folder, "Title"), "T");
+    EXPECT_EQ(textOf(folder, "Date"), "D");
+    EXPECT_EQ(textOf(folder, "Plotname"), "AC Analysis");
+    EXPECT_EQ(textOf(folder, "Flags"), "complex");
+    EXPECT_EQ(textOf(folder, "Command"), "one");
+    const auto* const options = dynamic_cast<SimpleProperty*>(folder->GetPropertyPtr("Option"));
+    ASSERT_NE(options, nullptr);
+    EXPECT_TRUE(exactlyEqual(options->GetValue(), BVariant(std::vector<std::string>{"a = 1", "b = 2"})));
+}
+
+TEST(PlotTexts, AreLeftOutWhereTheFileHasNoSuchLines)
+{
+    PropertyObject root;
+    PropertyObject* const folder = RawImporter(&root).add(plotNamed("AC Analysis"));
+    EXPECT_FALSE(folder->HasProperty("Command"));
+    EXPECT_FALSE(folder->HasProperty("Option"));
+}
+
+TEST(PlotVectors, BecomeExplicitVariablesThatShareTheirData)
+{
+    RawPlot plot = plotNamed("AC Analysis");
+    const BVariant data(std::vector<double>{1, 2, 3});
+    plot.vectors = {{"v(a/b)", "voltage", data}};
+    PropertyObject root;
+    PropertyObject* const folder = RawImporter(&root).add(plot);
+    const auto* const variable = dynamic_cast<ExplicitDataVar*>(folder->GetPropertyPtr("v(a/b)"));
+    ASSERT_NE(variable, nullptr);
+    EXPECT_EQ(variable->GetData().constData(), data.constData());
+    EXPECT_EQ(textOf(folder->GetPtr<ExplicitDataVar>("v(a/b)"), "Type"), "voltage");
+}
+
+TEST(PlotVectors, OfOneNameAndOfTheNameOfATextGetNumbers)
+{
+    RawPlot plot = plotNamed("AC Analysis");
+    for (const char* const name : {"x", "x", "x_2", "x", "Title", "Data"})
+        plot.vectors.push_back({name, "notype", BVariant(double(plot.vectors.size()))});
+    PropertyObject root;
+    PropertyObject* const folder = RawImporter(&root).add(plot);
+    const auto valueOf = [&](const char* name) {
+        const auto* const variable = folder->GetPtr<Variable>(name);
+        return variable ? Brindle::Quay::getScalar<double>(variable->GetData()) : -1.0;
+    };
+    EXPECT_EQ(valueOf("x"), 0);
+    EXPECT_EQ(valueOf("x_2"), 1);
+    EXPECT_EQ(valueOf("x_2_2"), 2);
+    EXPECT_EQ(valueOf("x_3"), 3);
+    EXPECT_EQ(valueOf("Title_2"), 4);
+    EXPECT_EQ(valueOf("Data"), 5);
+    EXPECT_EQ(textOf(folder, "Title"), "");
+}
+
+TEST(PlotVectors, MayHaveTheEmptyName)
+{
+    RawPlot plot = plotNamed("AC Analysis");
+    plot.vectors = {{"", "notype", BVariant(1.0)}};
+    PropertyObject root;
+    EXPECT_TRUE(RawImporter(&root).add(plot)->HasProperty(""));
+}
+
+} // namespace Orrery::Host

@@ -1,0 +1,439 @@
+#!/usr/bin/python3
+"""Runs the program as a person would: exit codes, what stands on which stream, and what is left on the disk.
+
+usage: command_test.py ORRERY SOURCE_FOLDER [unittest arguments]
+"""
+
+import ctypes
+import os
+import pty
+import re
+import resource
+import shutil
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ORRERY = os.path.abspath(sys.argv.pop(1))
+SOURCES = os.path.abspath(sys.argv.pop(1))
+SAMPLE = os.path.join(SOURCES, "hosts/orrery/samples/diode.raw")
+DATA = os.path.join(SOURCES, "tests/hosts/orrery/data")
+
+# The library's own output would not be the same under these, if a locale had a say.
+LOCALES = [{}, {"LC_ALL": "de_DE.UTF-8", "LANG": "de_DE.UTF-8"}, {"LC_ALL": "C"}, {"LC_ALL": "tr_TR.UTF-8"}]
+
+
+def raw(points, values, plot="DC transfer characteristic", names=("x", "y"), flags="real"):
+    """A raw file of doubles, in binary."""
+    header = f"Title: test\nDate: today\nPlotname: {plot}\nFlags: {flags}\nNo. Variables: {len(names)}\n"
+    header += f"No. Points: {points}\nVariables:\n"
+    for number, name in enumerate(names):
+        header += f"\t{number}\t{name}\tvoltage\n"
+    return (header + "Binary:\n").encode() + struct.pack(f"={len(values)}d", *values)
+
+
+class CommandTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, self.folder)
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def write(self, name, content):
+        with open(self.path(name), "wb") as file:
+            file.write(content)
+        return name
+
+    def run_orrery(self, *arguments, environment=None, **options):
+        return subprocess.run([ORRERY, *arguments], cwd=self.folder, capture_output=True, timeout=120,
+                              env={**os.environ, **(environment or {})}, **options)
+
+    def good(self, *arguments, **options):
+        """Standard output of a run that must go well without a word on standard error."""
+        result = self.run_orrery(*arguments, **options)
+        self.assertEqual((result.returncode, result.stderr.decode()), (0, ""), arguments)
+        return result.stdout.decode()
+
+    def fails(self, code, *arguments, **options):
+        """The one line on standard error of a run that must fail."""
+        result = self.run_orrery(*arguments, **options)
+        line = result.stderr.decode()
+        self.assertEqual((result.returncode, result.stdout), (code, b""), (arguments, line))
+        self.assertEqual(line.count("\n"), 1, line)
+        self.assertTrue(line.startswith("orrery: ") and line.endswith("\n"), line)
+        return line[len("orrery: "):-1]
+
+    def import_sample(self):
+        self.good("import", SAMPLE, "-o", "d.h5")
+        return "d.h5"
+
+
+class HelpTest(CommandTest):
+    def test_help_is_there_for_the_program_and_each_command(self):
+        text = self.good("--help")
+        self.assertIn("Usage: orrery [OPTIONS] COMMAND", text)
+        for command in ("import", "ls", "show"):
+            self.assertIn(f"\n  {command} ", text)
+            for flag in ("--help", "-h"):
+                self.assertIn(f"Usage: orrery {command} ", self.good(command, flag))
+            self.assertIn(f"Usage: orrery {command} ", self.good(command, "some", "--help"))
+
+    def test_version(self):
+        self.assertRegex(self.good("--version"), r"^orrery \d+\.\d+\.\d+\n$")
+
+    def test_help_lines_fit_a_terminal(self):
+        for command in ([], ["import"], ["ls"], ["show"]):
+            for line in self.good(*command, "--help").splitlines():
+                self.assertLessEqual(len(line), 80, line)
+
+
+class UsageTest(CommandTest):
+    def test_wrong_usage_is_one_line_and_2(self):
+        cases = [
+            ([], "expected a command: import, ls or show; try 'orrery --help'"),
+            (["frobnicate"], "there is no command 'frobnicate'; try 'orrery --help'"),
+            (["--frobnicate"], "there is no option '--frobnicate'; try 'orrery --help'"),
+            (["ls"], "FILE is required; try 'orrery ls --help'"),
+            (["show", "f"], "PATH is required; try 'orrery show --help'"),
+            (["import", "f"], "--output is required; try 'orrery import --help'"),
+            (["import", "-o", "f"], "FILE is required; try 'orrery import --help'"),
+            (["import", "f", "-o", ""], "--output: expected the name of a file; try 'orrery import --help'"),
+            (["show", "f", "p", "--at", "-1"],
+             "--at: expected an offset from 0, found '-1'; try 'orrery show --help'"),
+            (["show", "f", "p", "--at=1.5"],
+             "--at: expected an offset from 0, found '1.5'; try 'orrery show --help'"),
+            (["show", "f", "p", "--range", "5:2"],
+             "--range: expected A:B with A at or before B, found '5:2'; try 'orrery show --help'"),
+            (["show", "f", "p", "--range", "5"],
+             "--range: expected A:B, offsets from 0 with A up to but not including B, found '5'; "
+             "try 'orrery show --help'"),
+        ]
+        for arguments, line in cases:
+            self.assertEqual(self.fails(2, *arguments), line)
+
+    def test_wrong_usage_of_options(self):
+        for arguments in (["ls", "f", "--bad"], ["ls", "f", "p", "q"], ["import", "f", "g", "-o", "h"],
+                          ["show", "f", "p", "--at", "1", "--range", "1:2"], ["show", "f", "p", "--at"],
+                          ["import", "f", "-o"], ["import", "f", "-o", "a", "-o", "b"]):
+            self.assertIn("; try 'orrery ", self.fails(2, *arguments))
+
+
+class ImportTest(CommandTest):
+    def test_sample_has_five_plots(self):
+        self.assertEqual(self.good("import", SAMPLE, "-o", "d.h5"), "")
+        self.assertEqual(os.listdir(self.folder), ["d.h5"])
+        listing = self.good("ls", "d.h5")
+        folders = [line.split()[0] for line in listing.splitlines() if not line.startswith(" ")]
+        self.assertEqual(folders, ["dc1/", "dc2/", "dc3/", "dc4/", "dc5/"])
+        temperatures = [self.good("show", "d.h5", f"dc{i}/temperature").strip() for i in range(1, 6)]
+        self.assertEqual(temperatures, ["-40", "0", "27", "85", "125"])
+
+    def test_an_existing_data_file_is_replaced(self):
+        self.import_sample()
+        self.good("import", os.path.join(DATA, "rc-ac-text.raw"), "-o", "d.h5")
+        self.assertIn("ac1/", self.good("ls", "d.h5"))
+        self.assertNotIn("dc1/", self.good("ls", "d.h5"))
+
+    def test_any_other_existing_file_is_replaced_by_force_only(self):
+        self.write("thesis.doc", b"years of work")
+        self.assertEqual(self.fails(1, "import", SAMPLE, "-o", "thesis.doc"),
+                         "thesis.doc: exists and is not an HDF5 file; --force replaces it")
+        with open(self.path("thesis.doc"), "rb") as file:
+            self.assertEqual(file.read(), b"years of work")
+        self.good("import", SAMPLE, "-o", "thesis.doc", "--force")
+        self.assertIn("dc1/", self.good("ls", "thesis.doc"))
+
+    def test_an_empty_file_is_replaced(self):
+        self.write("new.h5", b"")
+        self.good("import", SAMPLE, "-o", "new.h5")
+
+    def test_the_input_is_never_replaced(self):
+        shutil.copy(SAMPLE, self.path("a.raw"))
+        os.symlink("a.raw", self.path("link"))
+        for output in ("a.raw", "./a.raw", "link"):
+            for force in ([], ["--force"]):
+                self.assertEqual(self.fails(1, "import", "a.raw", "-o", output, *force),
+                                 f"{output}: is the file to import; write to another one")
+        with open(self.path("a.raw"), "rb") as copy, open(SAMPLE, "rb") as sample:
+            self.assertEqual(copy.read(), sample.read())
+
+    def test_what_is_no_regular_file_is_never_replaced(self):
+        os.mkdir(self.path("folder"))
+        os.mkfifo(self.path("fifo"))
+        self.assertEqual(self.fails(1, "import", SAMPLE, "-o", "folder", "--force"),
+                         "folder: is a folder, expected a file to write")
+        self.assertEqual(self.fails(1, "import", SAMPLE, "-o", "fifo", "--force"), "fifo: is not a regular file")
+        self.assertEqual(self.fails(1, "import", SAMPLE, "-o", "/dev/null", "--force"),
+                         "/dev/null: is not a regular file")
+
+    def test_a_missing_folder_is_told_before_the_work(self):
+        line = self.fails(1, "import", "no-input-either.raw", "-o", "none/d.h5")
+        self.assertEqual(line, "none/d.h5: the folder 'none': No such file or directory")
+        self.write("file", b"x")
+        self.assertEqual(self.fails(1, "import", SAMPLE, "-o", "file/d.h5"), "file/d.h5: 'file' is not a folder")
+
+    def test_input_that_is_no_file(self):
+        os.mkfifo(self.path("fifo"))
+        self.assertEqual(self.fails(1, "import", "fifo", "-o", "d.h5"), "fifo: is not a regular file")
+        self.assertEqual(self.fails(1, "import", ".", "-o", "d.h5"), ".: is a folder, expected a file")
+        self.assertEqual(self.fails(1, "import", "none", "-o", "d.h5"), "none: No such file or directory")
+        self.assertEqual(self.fails(1, "import", "a\nb", "-o", "d.h5"), "a\\nb: No such file or directory")
+        self.assertFalse(os.path.exists(self.path("d.h5")))
+
+    def test_input_that_may_not_be_read(self):
+        self.write("secret.raw", b"x")
+        os.chmod(self.path("secret.raw"), 0)
+        self.assertEqual(self.fails(1, "import", "secret.raw", "-o", "d.h5", preexec_fn=self.drop_privileges),
+                         "secret.raw: Permission denied")
+
+    @staticmethod
+    def drop_privileges():
+        """For root too, a file may then be unreadable."""
+        if os.geteuid() == 0:
+            libc = ctypes.CDLL(None)
+            drop_capability, override, search = 24, 1, 2
+            for capability in (override, search):
+                if libc.prctl(drop_capability, capability, 0, 0, 0) != 0:
+                    raise OSError("the capability can't be dropped")
+
+    def test_input_whose_bytes_can_not_be_read(self):
+        self.assertEqual(self.fails(1, "import", "/proc/self/mem", "-o", "d.h5"),
+                         "/proc/self/mem: Input/output error")
+
+    def test_a_bad_file_leaves_nothing_and_changes_nothing(self):
+        with open(SAMPLE, "rb") as sample:
+            content = sample.read()
+        bad = {"empty": b"", "cut": content[:-1], "text": b"hello\n", "random": bytes(range(256)) * 10,
+               "half": content + content[:100]}
+        self.import_sample()
+        with open(self.path("d.h5"), "rb") as file:
+            before = file.read()
+        for name, bytes_ in bad.items():
+            self.write(name, bytes_)
+            for output in ("new.h5", "d.h5"):
+                line = self.fails(1, "import", name, "-o", output)
+                self.assertRegex(line, f"^{name}: (line|byte) [0-9]+: expected .*, found ")
+        self.assertEqual(sorted(os.listdir(self.folder)), sorted([*bad, "d.h5"]))
+        with open(self.path("d.h5"), "rb") as file:
+            self.assertEqual(file.read(), before)
+
+    def test_counts_that_the_file_does_not_justify_take_no_memory(self):
+        content = raw(2, [1, 2, 3, 4]).replace(b"No. Points: 2", b"No. Points: 30000000000")
+        self.write("huge.raw", content)
+        limit = 1 << 30  # far less than the points would need
+        if "LSAN_OPTIONS" in os.environ or "ASAN_OPTIONS" in os.environ:
+            limit = resource.RLIM_INFINITY  # the address sanitizer reserves terabytes
+        line = self.fails(1, "import", "huge.raw", "-o", "d.h5",
+                          preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit)))
+        self.assertRegex(line, "expected 480000000000 bytes of values .points: 30000000000, variables: 2., found 32")
+
+    def test_a_full_disk_leaves_nothing(self):
+        self.write("many.raw", raw(50_000, [0.5] * 100_000))
+        line = self.fails(1, "import", "many.raw", "-o", "d.h5", preexec_fn=self.limit_file_size)
+        self.assertTrue(line.startswith("d.h5: "), line)
+        self.assertEqual(os.listdir(self.folder), ["many.raw"])
+
+    @staticmethod
+    def limit_file_size():
+        signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+        resource.setrlimit(resource.RLIMIT_FSIZE, (100_000, 100_000))
+
+    def test_names_and_paths_in_any_script(self):
+        self.write("größe µ.raw", raw(1, [1, 2], names=("v(ü/ö)", "y")))
+        for environment in LOCALES:
+            self.good("import", "größe µ.raw", "-o", "ergebnis ü.h5", environment=environment)
+            self.assertIn("ergebnis ü.h5", os.listdir(self.folder))
+            self.assertIn("v(ü%2Fö)", self.good("ls", "ergebnis ü.h5", environment=environment))
+            self.assertEqual(self.good("show", "ergebnis ü.h5", "dc1/v(ü%2Fö)", environment=environment), "1\n")
+            os.remove(self.path("ergebnis ü.h5"))
+
+    def test_progress_is_shown_to_a_person_and_to_nobody_else(self):
+        self.write("long.raw", raw(1_000_000, [0.0] * 2_000_000))
+        self.assertEqual(self.good("import", "long.raw", "-o", "d.h5"), "")
+        master, slave = pty.openpty()
+        process = subprocess.Popen([ORRERY, "import", "long.raw", "-o", "d.h5"], cwd=self.folder, stderr=slave)
+        os.close(slave)
+        shown = b""
+        while True:
+            try:
+                piece = os.read(master, 4096)
+            except OSError:  # the other end is closed
+                break
+            if not piece:
+                break
+            shown += piece
+        os.close(master)
+        self.assertEqual(process.wait(), 0)
+        percents = [int(number) for number in re.findall(rb"orrery: long.raw: (\d+) %", shown)]
+        self.assertEqual(percents, sorted(set(percents)))
+        self.assertGreater(len(percents), 10)
+        self.assertEqual(percents[-1], 100)
+        self.assertIn(b"orrery: long.raw: saving", shown)
+        self.assertNotIn(b"\n", shown)
+        self.assertTrue(shown.endswith(b"\r\x1b[K"), shown[-40:])
+
+
+class LsTest(CommandTest):
+    def test_folders_and_variables(self):
+        self.import_sample()
+        self.assertEqual(self.good("ls", "d.h5", "dc3"),
+                         "i(vd)        ExplVar  201  double\n"
+                         "temperature  ExplVar  1    double  27\n"
+                         "v(anode)     ExplVar  201  double\n"
+                         "v(v-sweep)   ExplVar  201  double\n")
+        self.assertEqual(self.good("ls", "d.h5", "/dc3/i(vd)"), "i(vd)  ExplVar  201  double\n")
+        self.assertTrue(self.good("ls", "d.h5").startswith("dc1/           PropertyObject\n  i(vd)  "))
+
+    def test_everything_in_long_form(self):
+        self.good("import", os.path.join(DATA, "shapes-unpadded-text.raw"), "-o", "d.h5")
+        text = self.good("ls", "-la", "d.h5", "dc1")
+        self.assertEqual(text.splitlines()[0].split(),
+                         ["NAME", "TYPE", "SHAPE", "ELEMENTS", "COUNT", "ORDERING", "FLAGS", "VALUE"])
+        self.assertRegex(text, r"\nPlotname +SimpleProperty +1 +text +1 +--s +'DC transfer characteristic'\n")
+        self.assertRegex(text, r"\nmatrix +ExplVar +2 x 3 +double +6 +row-major +--s\n")
+        self.assertRegex(text, r"\n  VariableStrategy +SimpleProperty +1 +text +1 +--s +'ExplicitDataStrategy'\n")
+        self.assertRegex(text, r"\nscalar +ExplVar +1 +double +1 +--s +7\n")
+
+    def test_what_is_not_there(self):
+        self.import_sample()
+        self.assertEqual(self.fails(1, "ls", "d.h5", "dc9"), "d.h5: dc9: there is nothing of that name")
+        self.assertEqual(self.fails(1, "ls", "d.h5", "../x"), "d.h5: ../x: there is nothing of that name")
+        self.assertEqual(self.fails(1, "ls", "none.h5"), "none.h5: No such file or directory")
+
+    def test_what_is_no_data_file(self):
+        os.mkfifo(self.path("fifo"))
+        self.write("text", b"hello\n")
+        self.write("empty", b"")
+        for name in ("fifo", "text", "empty", "."):
+            for command in (["ls", name], ["show", name, "x"]):
+                self.assertTrue(self.fails(1, *command).startswith(f"{name}: "))
+
+    def test_a_damaged_data_file(self):
+        self.import_sample()
+        with open(self.path("d.h5"), "rb") as file:
+            content = file.read()
+        for size in (1, 100, len(content) // 2, len(content) - 1):
+            self.write("cut.h5", content[:size])
+            self.assertTrue(self.fails(1, "ls", "cut.h5").startswith("cut.h5: "))
+
+
+class ShowTest(CommandTest):
+    def setUp(self):
+        super().setUp()
+        self.write("t.raw", raw(4, [0, 0.1, 1, -1e-300, 2, 1e22, 3, 5e-324]))
+        self.good("import", "t.raw", "-o", "t.h5")
+
+    def test_values_and_offsets(self):
+        self.assertEqual(self.good("show", "t.h5", "dc1/y"), "0.1\n-1e-300\n1e+22\n5e-324\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--at", "2"), "1e+22\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--range", "1:3"), "-1e-300\n1e+22\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--range", "2:"), "1e+22\n5e-324\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--range=:1"), "0.1\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--range", ":"), "0.1\n-1e-300\n1e+22\n5e-324\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--range", "0:0"), "")
+        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--range", "4:"), "")
+        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--csv", "--range", "1:3"),
+                         "offset,y\n1,-1e-300\n2,1e+22\n")
+
+    def test_single_values(self):
+        self.assertEqual(self.good("show", "t.h5", "dc1/Title"), "test\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/y/Type"), "voltage\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/Title", "--at", "0"), "test\n")
+
+    def test_complex_values_and_matrices(self):
+        self.good("import", os.path.join(DATA, "rc-ac-binary.raw"), "-o", "ac.h5")
+        self.assertEqual(self.good("show", "ac.h5", "ac1/v(in)", "--at", "0"), "1+0i\n")
+        self.assertEqual(self.good("show", "ac.h5", "ac1/v(in)", "--at", "0", "--csv"),
+                         "offset,v(in).re,v(in).im\n0,1,0\n")
+        self.good("import", os.path.join(DATA, "shapes-padded-binary.raw"), "-o", "m.h5")
+        self.assertEqual(self.good("show", "m.h5", "dc1/matrix"), "0\t1\t2\n3\t4\t5\n")
+        self.assertEqual(self.good("show", "m.h5", "dc1/matrix", "--at", "1"), "3\t4\t5\n")
+        self.assertEqual(self.good("show", "m.h5", "dc1/matrix", "--range", "1:2", "--csv"),
+                         "offset,matrix[0],matrix[1],matrix[2]\n1,3,4,5\n")
+        self.assertEqual(self.good("show", "m.h5", "dc1/broken", "--range", ":2"), "-nan\n-inf\n")
+
+    def test_offsets_that_are_not_there(self):
+        self.assertEqual(self.fails(1, "show", "t.h5", "dc1/y", "--at", "4"),
+                         "t.h5: dc1/y: there is no offset 4; there are 4, from 0 to 3")
+        self.assertEqual(self.fails(1, "show", "t.h5", "dc1/y", "--range", "2:6"),
+                         "t.h5: dc1/y: there is no offset 5; there are 4, from 0 to 3")
+
+    def test_folders_have_no_values(self):
+        for path in ("dc1", "/"):
+            self.assertEqual(self.fails(1, "show", "t.h5", path), f"t.h5: {path}: is a folder; 'orrery ls' lists it")
+
+    def test_a_name_that_begins_with_a_hyphen(self):
+        self.assertEqual(self.fails(1, "show", "t.h5", "--", "-x"), "t.h5: -x: there is nothing of that name")
+
+    def test_damaged_values_are_an_error_and_no_numbers(self):
+        with open(self.path("t.h5"), "rb") as file:
+            content = bytearray(file.read())
+        at = content.index(struct.pack("=4d", 0.1, -1e-300, 1e22, 5e-324))
+        content[at] ^= 1
+        self.write("damaged.h5", content)
+        for options in ([], ["--at", "0"], ["--range", "1:3"], ["--csv"]):
+            line = self.fails(1, "show", "damaged.h5", "dc1/y", *options)
+            self.assertTrue(line.startswith("damaged.h5: "), line)
+            self.assertIn("dc1/y", line)
+
+    def test_no_locale_has_a_say(self):
+        outputs = {tuple(self.good(*command, environment=environment) for command in
+                         (["show", "t.h5", "dc1/y"], ["show", "t.h5", "dc1/y", "--csv"], ["ls", "-la", "t.h5"]))
+                   for environment in LOCALES}
+        self.assertEqual(len(outputs), 1)
+
+    def test_a_million_values_are_the_values(self):
+        values = [0.1 * i for i in range(1_000_000)]
+        self.write("many.raw", raw(len(values), values, names=("x",)))
+        self.good("import", "many.raw", "-o", "many.h5")
+        self.assertEqual([float(line) for line in self.good("show", "many.h5", "dc1/x").splitlines()], values)
+
+    def test_a_reader_that_goes_away_is_no_failure(self):
+        self.write("many.raw", raw(500_000, [0.5] * 500_000, names=("x",)))
+        self.good("import", "many.raw", "-o", "many.h5")
+        for arguments in ("show many.h5 dc1/x", "show many.h5 dc1/x --csv"):
+            for ignored in ("", "trap '' PIPE; "):
+                result = subprocess.run(["bash", "-c", f"{ignored}'{ORRERY}' {arguments} | head -1"],
+                                        cwd=self.folder, capture_output=True, timeout=60)
+                self.assertEqual((result.returncode, result.stderr), (0, b""), arguments)
+                self.assertEqual(result.stdout.count(b"\n"), 1)
+
+    def test_a_reader_that_goes_away_ends_the_program(self):
+        self.write("many.raw", raw(500_000, [0.5] * 500_000, names=("x",)))
+        self.good("import", "many.raw", "-o", "many.h5")
+        for restore, codes in ((True, (-signal.SIGPIPE,)), (False, (0,))):
+            process = subprocess.Popen([ORRERY, "show", "many.h5", "dc1/x"], cwd=self.folder,
+                                       stdout=subprocess.PIPE, stderr=subprocess.PIPE, restore_signals=restore)
+            process.stdout.close()
+            error = process.stderr.read()
+            process.stderr.close()
+            self.assertIn(process.wait(timeout=60), codes)
+            self.assertEqual(error, b"")
+
+    def test_output_that_can_not_be_written_is_a_failure(self):
+        for command in (["show", "t.h5", "dc1/y"], ["ls", "t.h5"], ["--help"], ["--version"]):
+            with open("/dev/full", "wb") as full:
+                result = subprocess.run([ORRERY, *command], cwd=self.folder, stdout=full, stderr=subprocess.PIPE,
+                                        timeout=60)
+            self.assertEqual((result.returncode, result.stderr.decode()),
+                             (1, "orrery: standard output: No space left on device\n"), command)
+
+
+class VerboseTest(CommandTest):
+    def test_the_log_is_shown_on_request_only(self):
+        self.write("text", b"hello\n")
+        self.fails(1, "ls", "text")
+        for arguments in (["-v", "ls", "text"], ["ls", "text", "--verbose"]):
+            result = self.run_orrery(*arguments)
+            self.assertEqual(result.returncode, 1)
+            lines = result.stderr.decode().splitlines()
+            self.assertTrue(lines[0].startswith("orrery: warning: "), lines)
+            self.assertTrue(lines[-1].startswith("orrery: text: "), lines)
+
+
+if __name__ == "__main__":
+    unittest.main()
