@@ -17,6 +17,9 @@ function(orrery_target_defaults target)
             -fsanitize=${ORRERY_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
         target_link_options(${target} PRIVATE -fsanitize=${ORRERY_SANITIZE})
     endif()
+    if(ORRERY_BUILD_FUZZERS)
+        target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link) # coverage of the libraries too
+    endif()
 endfunction()
 
 # One shared library, Orrery::<name>, with its export header <name in lower case>_export.h. Its folders add
@@ -40,6 +43,7 @@ function(orrery_add_library name)
     set_target_properties(${name} PROPERTIES
         VERSION ${PROJECT_VERSION}
         SOVERSION ${PROJECT_VERSION_MAJOR}
+        INSTALL_RPATH "$ORIGIN" # an installed folder may be moved as one
         VERIFY_INTERFACE_HEADER_SETS ON)
 
     install(TARGETS ${name} EXPORT OrreryCoreVariablesTargets
