@@ -12,16 +12,29 @@
 #endif
 
 namespace Brindle::Quay {
+namespace {
+/// False where the product of the dimensions doesn't fit 64 bits.
+bool countElements(ArrayDimensionsView dimensions, std::uint64_t* count)
+{
+    *count = 0;
+    // a size of 0 beside others whose product is too large is still none
+    if (dimensions.empty() || std::find(dimensions.begin(), dimensions.end(), 0U) != dimensions.end())
+        return true;
+    *count = 1;
+    for (const std::uint64_t size : dimensions) {
+        if (__builtin_mul_overflow(*count, size, count))
+            return false;
+    }
+    return true;
+}
+} // namespace
+
 std::uint64_t checkedElementCount(ArrayDimensionsView dimensions)
 {
-    if (std::find(dimensions.begin(), dimensions.end(), 0U) != dimensions.end() || dimensions.empty())
-        return 0;
-    std::uint64_t product = 1;
-    for (const std::uint64_t size : dimensions) {
-        if (__builtin_mul_overflow(product, size, &product))
-            throw std::length_error("The dimensions have more elements than 64 bits can count.");
-    }
-    return product;
+    std::uint64_t count = 0;
+    if (!countElements(dimensions, &count))
+        throw std::length_error("The dimensions have more elements than 64 bits can count.");
+    return count;
 }
 
 namespace Internal {
@@ -64,7 +77,8 @@ void freeArrayBlock(void* block) noexcept
 
 void checkCount(ArrayDimensionsView dimensions, std::uint64_t count)
 {
-    if (checkedElementCount(dimensions) != count)
+    std::uint64_t product = 0;
+    if (!countElements(dimensions, &product) || product != count)
         throw std::invalid_argument("The dimensions don't match the number of elements.");
 }
 

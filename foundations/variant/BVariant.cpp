@@ -3,6 +3,25 @@
 #include "foundations/variant/ArrayPayloads_p.h"
 
 namespace Brindle::Quay {
+namespace Internal {
+void BVariantDirectStorage::copyInline(const BVariantDirectStorage& other)
+{
+    m_payload = copyConstructVariantScalar(m_buffer, variantBufferSize, other.m_payload);
+}
+
+void BVariantDirectStorage::moveInline(BVariantDirectStorage& other) noexcept
+{
+    m_payload = moveConstructVariantScalar(m_buffer, variantBufferSize, other.m_payload);
+    other.destroyInline();
+    other.m_payload = nullptr;
+}
+
+void BVariantDirectStorage::destroyInline() noexcept
+{
+    m_payload->~IVariantData();
+}
+} // namespace Internal
+
 template <class Storage>
 BVariantGeneric<Storage> BVariantGeneric<Storage>::fromPayload(IVariantData* payload)
 {

@@ -77,7 +77,7 @@ private:
     void copyFrom(const BVariantDirectStorage& other)
     {
         if (other.isInline()) {
-            m_payload = copyConstructVariantScalar(m_buffer, variantBufferSize, other.m_payload);
+            copyInline(other);
         } else {
             m_payload = other.m_payload;
             if (m_payload)
@@ -86,21 +86,23 @@ private:
     }
     void moveFrom(BVariantDirectStorage& other) noexcept
     {
-        if (other.isInline()) {
-            m_payload = moveConstructVariantScalar(m_buffer, variantBufferSize, other.m_payload);
-            other.m_payload->~IVariantData();
-        } else {
-            m_payload = other.m_payload;
-        }
-        other.m_payload = nullptr;
+        if (other.isInline())
+            moveInline(other);
+        else
+            m_payload = std::exchange(other.m_payload, nullptr);
     }
     void destroy() noexcept
     {
         if (isInline())
-            m_payload->~IVariantData();
+            destroyInline();
         else if (m_payload)
             m_payload->release();
     }
+
+    // Out of line: where a compiler sees a payload class of a host, it would try that class on the buffer.
+    void copyInline(const BVariantDirectStorage& other);
+    void moveInline(BVariantDirectStorage& other) noexcept;
+    void destroyInline() noexcept;
 
     IVariantData* m_payload = nullptr;
     alignas(void*) unsigned char m_buffer[variantBufferSize];
