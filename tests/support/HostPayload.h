@@ -3,8 +3,6 @@
 #include "foundations/variant/Variant.h"
 
 #include <cstdint>
-#include <stdexcept>
-#include <utility>
 #include <vector>
 
 namespace TestSupport {
@@ -23,37 +21,18 @@ public:
     };
 
     HostPayload(Log* log, std::vector<double> data, std::vector<std::uint64_t> dimensions,
-                Brindle::Quay::DataOrdering ordering = Brindle::Quay::DataOrdering::RowMajor)
-        : m_log(log)
-        , m_data(std::move(data))
-        , m_dimensions(std::move(dimensions))
-        , m_ordering(ordering)
-    {
-    }
-    ~HostPayload() override { ++m_log->destroyed; }
+                Brindle::Quay::DataOrdering ordering = Brindle::Quay::DataOrdering::RowMajor);
+    ~HostPayload() override;
 
-    Brindle::Quay::ArrayDimensionsView getDimensions() const override { return m_dimensions; }
-    Brindle::Quay::DataOrdering getDataOrdering() const override { return m_ordering; }
-    Brindle::Quay::WellKnownType getWellKnownType() const override
-    {
-        return Brindle::Quay::WellKnownType::of<double>();
-    }
-    const void* constData() const override
-    {
-        ++m_log->reads;
-        if (m_log->fails)
-            throw std::runtime_error("damaged");
-        return m_data.data();
-    }
-    void* mutableData() override { return m_data.data(); }
+    Brindle::Quay::ArrayDimensionsView getDimensions() const override;
+    Brindle::Quay::DataOrdering getDataOrdering() const override;
+    Brindle::Quay::WellKnownType getWellKnownType() const override;
+    const void* constData() const override;
+    void* mutableData() override;
 
     /// A variant around a new payload.
     static Brindle::Quay::BVariant make(Log* log, std::vector<double> data,
-                                        std::vector<std::uint64_t> dimensions)
-    {
-        return Brindle::Quay::BVariant::fromPayload(
-            new HostPayload(log, std::move(data), std::move(dimensions)));
-    }
+                                        std::vector<std::uint64_t> dimensions);
 
 private:
     Log* m_log;

@@ -13,6 +13,10 @@ namespace TestSupport {
 using Brindle::Quay::BVariant;
 using Brindle::Quay::DataOrdering;
 
+/// What ToDimensions and ToDoubles give, written short: `(Sizes{2, 3})`.
+using Sizes = std::vector<std::uint64_t>;
+using Doubles = std::vector<double>;
+
 /// The elements as doubles in storage order, whatever numbers they are stored as; null gives {}.
 ///
 /// Errors: std::runtime_error for a variant that doesn't convert to double.
