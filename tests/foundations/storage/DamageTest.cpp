@@ -54,7 +54,7 @@ int OpenDescriptors()
     return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::System).size();
 }
 
-class Integrity : public ::testing::Test
+class Damage : public ::testing::Test
 {
 protected:
     void SetUp() override
@@ -114,7 +114,7 @@ protected:
 
 } // namespace
 
-TEST_F(Integrity, RefusesAnArrayWithAFlippedBitAndNamesItsNode)
+TEST_F(Damage, RefusesAnArrayWithAFlippedBitAndNamesItsNode)
 {
     for (int element = 0; element < 40; ++element) {
         const int offset = m_bytes.indexOf(BytesOf(1234.5678 + element));
@@ -124,14 +124,14 @@ TEST_F(Integrity, RefusesAnArrayWithAFlippedBitAndNamesItsNode)
     }
 }
 
-TEST_F(Integrity, RefusesATextWithAFlippedBitAndNamesItsNode)
+TEST_F(Damage, RefusesATextWithAFlippedBitAndNamesItsNode)
 {
     const int offset = m_bytes.indexOf("needle");
     ASSERT_GE(offset, 0);
     ExpectRefused(Flipped(offset), ER_FAILED, QStringLiteral("/Texts: the array is damaged"));
 }
 
-TEST_F(Integrity, RefusesEveryFlippedBitInTheHeap)
+TEST_F(Damage, RefusesEveryFlippedBitInTheHeap)
 {
     const int begin = m_bytes.indexOf("Root");
     const int text = m_bytes.indexOf("a text in the heap");
@@ -141,7 +141,7 @@ TEST_F(Integrity, RefusesEveryFlippedBitInTheHeap)
         ExpectRefused(Flipped(offset), ER_FAILED, QStringLiteral("the catalogue is damaged"));
 }
 
-TEST_F(Integrity, RefusesADamagedBlockWhereverItLies)
+TEST_F(Damage, RefusesADamagedBlockWhereverItLies)
 {
     constexpr std::uint64_t block = 4U * 1024U * 1024U;
     const QString path = m_folder.Path(QStringLiteral("large.h5"));
@@ -161,7 +161,7 @@ TEST_F(Integrity, RefusesADamagedBlockWhereverItLies)
                       QStringLiteral("/x: the array is damaged"));
 }
 
-TEST_F(Integrity, RefusesAFileCutOffAnywhere)
+TEST_F(Damage, RefusesAFileCutOffAnywhere)
 {
     for (int length = 0; length < m_bytes.size(); length += 512) {
         const LogCapture log;
@@ -172,13 +172,13 @@ TEST_F(Integrity, RefusesAFileCutOffAnywhere)
     }
 }
 
-TEST_F(Integrity, RefusesAFileThatLacksItsLastByte)
+TEST_F(Damage, RefusesAFileThatLacksItsLastByte)
 {
     const LogCapture log;
     EXPECT_LT(TryOpen(Damaged(m_bytes.left(m_bytes.size() - 1))).code, 0);
 }
 
-TEST_F(Integrity, NeverReadsADifferentTreeFromAFileWithFlippedBits)
+TEST_F(Damage, NeverReadsADifferentTreeFromAFileWithFlippedBits)
 {
     const RandomSeed seed{20240611};
     SCOPED_TRACE(seed);
@@ -197,7 +197,7 @@ TEST_F(Integrity, NeverReadsADifferentTreeFromAFileWithFlippedBits)
     }
 }
 
-TEST_F(Integrity, NeverReadsADifferentTreeFromAFileWithOverwrittenStretches)
+TEST_F(Damage, NeverReadsADifferentTreeFromAFileWithOverwrittenStretches)
 {
     const RandomSeed seed{77};
     SCOPED_TRACE(seed);
@@ -214,12 +214,12 @@ TEST_F(Integrity, NeverReadsADifferentTreeFromAFileWithOverwrittenStretches)
     }
 }
 
-TEST_F(Integrity, IgnoresBytesBehindTheEndOfTheTree)
+TEST_F(Damage, IgnoresBytesBehindTheEndOfTheTree)
 {
     ExpectRefusedOrIntact(Damaged(m_bytes + QByteArray(1000, 'x')), "1000 bytes appended");
 }
 
-TEST_F(Integrity, RefusesWhatIsNoDataFile)
+TEST_F(Damage, RefusesWhatIsNoDataFile)
 {
     ExpectRefused(Damaged(QByteArray()), ER_FAILED, QStringLiteral("is empty"));
     ExpectRefused(Damaged(QByteArrayLiteral("a letter to a friend")), ER_FAILED,
@@ -228,7 +228,7 @@ TEST_F(Integrity, RefusesWhatIsNoDataFile)
     ExpectRefused(Damaged(m_bytes.left(8)), ER_FAILED, QString());
 }
 
-TEST_F(Integrity, RefusesAFolder)
+TEST_F(Damage, RefusesAFolder)
 {
     const QString path = m_folder.Path(QStringLiteral("folder.h5"));
     ASSERT_TRUE(QDir().mkdir(path));
@@ -236,19 +236,19 @@ TEST_F(Integrity, RefusesAFolder)
 }
 
 // Opening a FIFO without a writer would wait for ever.
-TEST_F(Integrity, RefusesAFifoWithoutWaiting)
+TEST_F(Damage, RefusesAFifoWithoutWaiting)
 {
     const QString path = m_folder.Path(QStringLiteral("fifo.h5"));
     ASSERT_EQ(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
     ExpectRefused(path, ER_FAILED, QStringLiteral("is not a regular file"));
 }
 
-TEST_F(Integrity, RefusesADevice)
+TEST_F(Damage, RefusesADevice)
 {
     ExpectRefused(QStringLiteral("/dev/zero"), ER_FAILED, QStringLiteral("is not a regular file"));
 }
 
-TEST_F(Integrity, TellsAMissingFileByItsCode)
+TEST_F(Damage, TellsAMissingFileByItsCode)
 {
     ExpectRefused(m_folder.Path(QStringLiteral("missing.h5")), ER_NOT_FOUND, QStringLiteral("No such file"));
     ExpectRefused(m_folder.Path(QStringLiteral("missing/tree.h5")), ER_NOT_FOUND,
@@ -256,7 +256,7 @@ TEST_F(Integrity, TellsAMissingFileByItsCode)
     ExpectRefused(m_path + QStringLiteral("/tree.h5"), ER_NOT_FOUND, QStringLiteral("Not a directory"));
 }
 
-TEST_F(Integrity, RefusesALinkThatLeadsInACircle)
+TEST_F(Damage, RefusesALinkThatLeadsInACircle)
 {
     const QString path = m_folder.Path(QStringLiteral("loop.h5"));
     ASSERT_TRUE(QFile::link(QStringLiteral("loop.h5"), path));
@@ -264,7 +264,7 @@ TEST_F(Integrity, RefusesALinkThatLeadsInACircle)
 }
 
 // A relative path begins like many a word of a message.
-TEST_F(Integrity, PutsTheFileFirstInTheReasonHoweverShortItsPath)
+TEST_F(Damage, PutsTheFileFirstInTheReasonHoweverShortItsPath)
 {
     const QString former = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(m_folder.Path(QString())));
