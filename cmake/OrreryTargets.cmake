@@ -34,8 +34,10 @@ function(orrery_add_library name)
     set(exports ${PROJECT_BINARY_DIR}/exports)
     generate_export_header(${name} EXPORT_FILE_NAME ${exports}/${lower}_export.h)
 
+    # Two sets: a build folder inside the source folder makes the one base a part of the other.
     target_sources(${name} PUBLIC
-        FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} ${exports} FILES ${exports}/${lower}_export.h)
+        FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR}
+        FILE_SET exports TYPE HEADERS BASE_DIRS ${exports} FILES ${exports}/${lower}_export.h)
     target_include_directories(${name} PUBLIC
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
         $<BUILD_INTERFACE:${exports}>
@@ -49,7 +51,8 @@ function(orrery_add_library name)
     install(TARGETS ${name} EXPORT OrreryCoreVariablesTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
-        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orrery)
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orrery
+        FILE_SET exports DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orrery)
 endfunction()
 
 # orrery_add_test(<name> SOURCES ... [LIBRARIES ...] [LABELS ...]): a GoogleTest program; each of its tests is
