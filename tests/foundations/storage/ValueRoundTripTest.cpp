@@ -92,7 +92,17 @@ template <class T>
 class ElementRoundTrip : public ::testing::Test
 {
 };
-TYPED_TEST_SUITE(ElementRoundTrip, TestSupport::ElementTypes);
+
+// Names the tests of a type by its code, which is what stands in a file.
+struct ElementCode
+{
+    template <class T>
+    static std::string GetName(int /*index*/)
+    {
+        return QString::number(TestSupport::elementCode<T>, 16).toStdString();
+    }
+};
+TYPED_TEST_SUITE(ElementRoundTrip, TestSupport::ElementTypes, ElementCode);
 
 TYPED_TEST(ElementRoundTrip, KeepsScalars)
 {
