@@ -33,7 +33,7 @@ public:
     void flush();
 
 private:
-    static constexpr std::size_t s_full = 64 * 1024;
+    static constexpr std::size_t s_full = 64U << 10U;
 
     std::string m_buffer;
 };

@@ -72,7 +72,7 @@ QString decoded(std::string_view bytes)
 {
     static QTextCodec* const utf8 = QTextCodec::codecForName("UTF-8");
     QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
-    const QString text = utf8->toUnicode(bytes.data(), static_cast<int>(bytes.size()), &state);
+    QString text = utf8->toUnicode(bytes.data(), static_cast<int>(bytes.size()), &state);
     if (state.invalidChars == 0 && state.remainingChars == 0)
         return text;
     return QString::fromLatin1(bytes.data(), static_cast<int>(bytes.size()));

@@ -63,7 +63,7 @@ void insert(PropertyObject* folder, std::unique_ptr<AbstractProperty> node)
 {
     if (folder->InsertProperty(node.get()) < 0)
         throw Failure("'" + node->GetName().toStdString() + "' can't be put into the tree");
-    node.release();
+    static_cast<void>(node.release());
 }
 
 void setText(PropertyObject* folder, const QString& name, const QString& text)

@@ -26,7 +26,7 @@ public:
 
     /// Add a folder for this plot behind those that were added before. Returns it; the root owns it.
     ///
-    /// Errors: Failure when the tree takes a node not, which a root that only this importer fills never does.
+    /// Errors: Failure when the tree refuses a node; one that only importers fill never does.
     PropertyObject* add(RawPlot plot);
 
 private:

@@ -19,8 +19,8 @@ using Brindle::Quay::WellKnownType;
 
 namespace {
 
-constexpr std::uint64_t s_blockSize = 512 * 1024; // rows that are spread while they are in the cache
-constexpr std::size_t s_tile = 8;                 // columns that are spread at once
+constexpr std::uint64_t s_blockSize = 512U << 10U; // rows that are spread while they are in the cache
+constexpr std::size_t s_tile = 8;                  // columns that are spread at once
 constexpr std::uint64_t s_noLimit = std::numeric_limits<std::uint64_t>::max();
 
 // Where the values of one vector come from and go to.

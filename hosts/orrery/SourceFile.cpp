@@ -18,7 +18,7 @@ namespace Orrery::Host {
 
 namespace {
 
-constexpr std::size_t s_bufferSize = 256 * 1024;
+constexpr std::size_t s_bufferSize = 256U << 10U;
 constexpr std::uint64_t s_largestRead = 1U << 30U;
 
 [[noreturn]] void failOpening(const std::string& path, const std::string& reason)

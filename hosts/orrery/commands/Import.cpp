@@ -43,6 +43,8 @@ bool startsLikeDataFile(const std::string& path)
     const std::string signature = "\x89HDF\r\n\x1a\n";
     std::string start(signature.size(), '\0');
     std::ifstream file(path, std::ios::binary);
+    if (!file.is_open())
+        return false;
     file.read(start.data(), static_cast<std::streamsize>(start.size()));
     return file.gcount() == 0 || start == signature;
 }
