@@ -42,7 +42,7 @@ BVariantGeneric<Storage> BVariantGeneric<Storage>::reordered(DataOrdering orderi
         if (getWellKnownType() != WellKnownType::RunTime) {
             return Internal::dispatchElement(getWellKnownType(), [&](auto tag) {
                 using T = typename decltype(tag)::type;
-                return scalar<T>(*static_cast<const T*>(constData()), wanted);
+                return scalar<T>(Internal::loadElement(static_cast<const T*>(constData())), wanted);
             });
         }
     }

@@ -16,9 +16,13 @@ template <class T>
 T readElement(const IVariantData* payload, std::uint64_t position)
 {
     T value{};
-    if (payload->readRun(position, 1, &value))
-        return value;
-    return static_cast<const T*>(payload->constData())[position];
+    if (payload->readRun(position, 1, &value)) {
+        if constexpr (std::is_same_v<T, bool>)
+            return loadElement(&value);
+        else
+            return value;
+    }
+    return loadElement(static_cast<const T*>(payload->constData()) + position);
 }
 
 /// Whether the payload holds that type: by its code, or as a run-time type by its std::type_info.

@@ -81,16 +81,6 @@ To cast(From value)
         return static_cast<To>(value);
 }
 
-template <class From>
-From load(const From* source)
-{
-    // a host may have written any byte where a bool stands
-    if constexpr (std::is_same_v<From, bool>)
-        return *reinterpret_cast<const unsigned char*>(source) != 0;
-    else
-        return *source;
-}
-
 // ---- runs of numbers --------------------------------------------------------------------------------------------
 
 /// Steps are in parts: 1 for real numbers, 2 for one part of complex ones.
@@ -104,7 +94,7 @@ bool convertBlock(const From* source, To* target, std::uint64_t count)
 {
     bool good = true;
     for (std::uint64_t i = 0; i < count; ++i) {
-        const From value = load(source + i * SourceStep);
+        const From value = loadElement(source + i * SourceStep);
         const bool isGood = fits<To>(value);
         good = good && isGood;
         target[i * TargetStep] = cast<To>(isGood ? value : From(0));
@@ -175,7 +165,7 @@ template <class Part>
 bool imaginaryPartsAreZero(const Part* parts, std::uint64_t count)
 {
     for (std::uint64_t i = 0; i < count; ++i) {
-        if (!(load(parts + 2 * i + 1) == Part(0))) // NaN isn't zero
+        if (!(loadElement(parts + 2 * i + 1) == Part(0))) // NaN isn't zero
             return false;
     }
     return true;

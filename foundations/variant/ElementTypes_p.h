@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 
 /// The 25 element types with their names in messages, in the order in which a run-time code is tested: no
 /// compiler's signature text gives all of these names.
@@ -62,6 +63,16 @@ decltype(auto) dispatchElement(WellKnownType type, Action&& action)
     default:
         failDispatch(type);
     }
+}
+
+/// An element as its type has it: where a bool stands, a host or a file may have put any byte.
+template <class T>
+decltype(auto) loadElement(const T* element)
+{
+    if constexpr (std::is_same_v<T, bool>)
+        return *reinterpret_cast<const unsigned char*>(element) != 0;
+    else
+        return (*element);
 }
 
 /// A number type of the table: a known storage class with a sign that it has, complex or not.

@@ -38,7 +38,7 @@ void copyPlane(const T* source, T* target, Axis a, Axis b)
             const std::uint64_t jEnd = std::min(j0 + side, b.size);
             for (std::uint64_t i = i0; i < iEnd; ++i) {
                 for (std::uint64_t j = j0; j < jEnd; ++j)
-                    target[i * a.to + j * b.to] = source[i * a.from + j * b.from];
+                    target[i * a.to + j * b.to] = Internal::loadElement(source + i * a.from + j * b.from);
             }
         }
     }

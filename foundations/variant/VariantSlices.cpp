@@ -73,7 +73,7 @@ void gatherRuns(void* state, std::uint64_t offset, std::uint64_t distance, std::
     const T* source = gathering.source + offset;
     if (gathering.runLength == 1) {
         for (std::uint64_t i = 0; i < number; ++i)
-            gathering.target[i] = source[i * distance];
+            gathering.target[i] = loadElement(source + i * distance);
         gathering.target += number;
         return;
     }
