@@ -4,6 +4,7 @@
 #include "foundations/variant/ElementAccess_p.h"
 #include "foundations/variant/ElementConversion_p.h"
 
+#include <exception>
 #include <stdexcept>
 
 namespace Brindle::Quay {
@@ -11,6 +12,15 @@ using namespace Internal;
 
 namespace {
 constexpr const char* s_variantName = "Brindle::Quay::BVariant";
+constexpr const char* s_intVectorName = "std::vector<int>";
+
+std::string conversionMessageTo(const BVariant& variant, const char* targetName)
+{
+    const WellKnownType from = variant.getWellKnownType();
+    dispatchElement(from, [](auto) {}); // a source that no element type names has its own failure
+    return std::string("Cannot convert ") + s_variantName + " of type '" + elementTypeName(from) +
+           "' (size: " + std::to_string(variant.elementCount()) + ") to '" + targetName + "'";
+}
 
 std::uint64_t offsetOf(const BVariant& array, const std::uint64_t* indices, std::size_t count)
 {
@@ -62,7 +72,7 @@ bool readScalarInto(const BVariant& variant, T* out, int flag)
     const WellKnownType type = payload->getWellKnownType();
     const bool hasType = type == WellKnownType::of<T>();
     if (hasType && variant.isInline()) {
-        *out = *static_cast<const T*>(payload->constData());
+        *out = loadElement(static_cast<const T*>(payload->constData()));
         return true;
     }
     if (!hasType && variant.isNull())
@@ -72,6 +82,19 @@ bool readScalarInto(const BVariant& variant, T* out, int flag)
     if (!hasType)
         return convertScalar(variant, type, out, flag);
     *out = readElement<T>(payload, 0);
+    return true;
+}
+
+/// tryGetIntVector but for the same exceptions.
+bool readIntVectorInto(const BVariant& variant, std::vector<int>* out, int flag)
+{
+    const BVariant converted = convertedTo(variant, WellKnownType::of<int>(), flag);
+    if (converted.isNull())
+        return false;
+    const BVariant rowMajor = converted.reordered(DataOrdering::RowMajor);
+    const IterableContainer<int> elements(rowMajor);
+    std::vector<int> values(elements.begin(), elements.end());
+    out->swap(values);
     return true;
 }
 } // namespace
@@ -96,10 +119,7 @@ std::size_t elementSize(WellKnownType type)
 
 std::string conversionMessage(const BVariant& variant, WellKnownType type)
 {
-    const WellKnownType from = variant.getWellKnownType();
-    dispatchElement(from, [](auto) {}); // a source that no element type names has its own failure
-    return std::string("Cannot convert ") + s_variantName + " of type '" + elementTypeName(from) +
-           "' (size: " + std::to_string(variant.elementCount()) + ") to '" + elementTypeName(type) + "'";
+    return conversionMessageTo(variant, elementTypeName(type));
 }
 
 BVariant convertedTo(const BVariant& variant, WellKnownType type, int flag)
@@ -121,13 +141,19 @@ void convertInPlace(BVariant& variant, WellKnownType type, int flag)
 
 bool tryGetIntVector(const BVariant& variant, std::vector<int>* out, int flag)
 {
-    const BVariant converted = convertedTo(variant, WellKnownType::of<int>(), flag);
-    if (converted.isNull())
+    try {
+        return readIntVectorInto(variant, out, flag);
+    } catch (const std::exception&) {
         return false;
-    const BVariant rowMajor = converted.reordered(DataOrdering::RowMajor);
-    const IterableContainer<int> elements(rowMajor);
-    out->assign(elements.begin(), elements.end());
-    return true;
+    }
+}
+
+std::vector<int> getIntVector(const BVariant& variant, int flag)
+{
+    std::vector<int> values;
+    if (!readIntVectorInto(variant, &values, flag))
+        throw std::runtime_error(conversionMessageTo(variant, s_intVectorName));
+    return values;
 }
 
 BVariant createArray(WellKnownType type, ArrayDimensionsView dimensions, DataOrdering ordering)

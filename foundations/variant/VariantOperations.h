@@ -18,7 +18,8 @@
 ///
 /// An operation that acts by the element type fails with std::runtime_error "unknown type" on code 0 (null) or 32 (a
 /// run-time type), and "not a numeric type" on a code with a storage class that no element type has.
-/// Any operation that reads elements passes on what the payload throws when its data can't be fetched.
+/// Any operation that reads elements passes on what the payload throws when its data can't be fetched, but for the
+/// ones named try... and equalWithConversion, which answer false.
 namespace Brindle::Quay {
 namespace Internal {
 template <class T>
@@ -37,8 +38,9 @@ QUAYCORE_EXPORT const void* iterationBegin(const BVariant& variant, WellKnownTyp
 
 /// The one element of `variant` as a T: any element type, or any other integer type by its width and sign.
 ///
-/// False, with *out untouched, for null, for more or fewer elements than one, and for what can't be converted.
-/// Errors: none of its own.
+/// False, with *out untouched, for null, for more or fewer elements than one, for what can't be converted, and for
+/// elements that can't be fetched.
+/// Errors: none.
 template <class T>
 bool tryGetScalar(const BVariant& variant, T* out, int flag = 1)
 {
@@ -68,8 +70,14 @@ T getScalar(const BVariant& variant, int flag = 1)
 
 /// All elements as 32-bit integers, in row-major order of their positions whatever the ordering.
 ///
-/// False, with *out untouched, when one can't be converted.
+/// False, with *out untouched, for null, when one can't be converted, and for elements that can't be fetched.
+/// Errors: none.
 QUAYCORE_EXPORT bool tryGetIntVector(const BVariant& variant, std::vector<int>* out, int flag = 1);
+
+/// What tryGetIntVector reads, or a failure.
+///
+/// Errors: std::runtime_error with the conversion message, to 'std::vector<int>'; null fails with "unknown type".
+QUAYCORE_EXPORT std::vector<int> getIntVector(const BVariant& variant, int flag = 1);
 
 /// The guard of every typed access: the variant must hold T, by its code or as a run-time type.
 ///
@@ -136,7 +144,7 @@ inline BVariant elementAt(const BVariant& variant, const std::vector<std::uint64
 /// Errors: std::invalid_argument "The given ArraySlice is invalid." for null, for more sets than dimensions and for
 ///         a stride of 0; "unknown type" or "not a numeric type"; std::out_of_range "Index value out-of-range" for
 ///         a selector past its dimension; std::length_error for a backward range; std::bad_alloc.
-/// Cost:   elements side by side are copied as runs: one memcpy when all of them are. One element allocates nothing.
+/// Cost:   elements side by side are copied as runs: one memcpy when all of them are. One element makes no array.
 QUAYCORE_EXPORT BVariant slice(const BVariant& variant, const ArraySlice& arraySlice);
 
 /// The run [first, last] of the first dimension: slice with the one set IndexRange(first, last, 1), and its failures,
@@ -154,7 +162,7 @@ QUAYCORE_EXPORT BVariant subArrayAt(const BVariant& variant, std::uint64_t index
 /// Shape:  one dimension, or the dimensions of the first argument that has several, grown along the first one from
 ///         position 1 on that isn't 1, else along position 0. An empty argument gives the other one unchanged.
 /// Errors: std::runtime_error "appendValues currently supports only vector arguments" for an argument with elements
-///         along more than one dimension; the conversion message (to '') without a common type; "Creating with
+///         along more than one dimension; std::length_error for a count beyond 64 bits; the conversion message (to '') without a common type; "Creating with
 ///         run-time wellknowntype is not allowed." for two run-time values.
 QUAYCORE_EXPORT BVariant appendValues(BVariant first, BVariant second);
 
