@@ -134,7 +134,10 @@ IndexSet::~IndexSet() = default;
 
 void IndexSet::append(const IndexItem& item)
 {
-    m_items.emplace_back(item.clone());
+    std::unique_ptr<IndexItem> copy(item.clone());
+    if (!copy)
+        failInvalidSlice();
+    m_items.push_back(std::move(copy));
 }
 
 ArraySlice ArraySliceFromIndices(const std::vector<std::uint64_t>& indices)

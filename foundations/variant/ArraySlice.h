@@ -91,7 +91,7 @@ public:
     /// Edge:   the number of entries is (end - start) / stride + 1 in unsigned 64 bits. A start one past the end
     ///         thus asks for none and is empty; one further back asks for more entries than there are indices and
     ///         fails, unless the stride is so long that they are not.
-    ///         IndexRange::all selects nothing in a dimension of size 0; every other range fails there.
+    ///         IndexRange::all, and a range made alike, selects nothing in a dimension of size 0; all others fail there.
     Progression progression(std::uint64_t dimensionSize) const;
 
     /// Errors: those of progression(); std::bad_alloc.
@@ -161,7 +161,7 @@ public:
     IndexSet& operator=(IndexSet&& other) noexcept;
     ~IndexSet();
 
-    /// Adds a clone of `item`.
+    /// Adds a clone of `item`. Errors: std::invalid_argument "The given ArraySlice is invalid." if it makes none.
     void append(const IndexItem& item);
 
     std::size_t size() const noexcept { return m_items.size(); }

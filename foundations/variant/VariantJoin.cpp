@@ -13,6 +13,15 @@ void checkVectorShaped(const BVariant& variant)
         throw std::runtime_error("appendValues currently supports only vector arguments");
 }
 
+/// A payload need not have its elements in memory, so counts that no memory holds do meet here.
+std::uint64_t joinedCount(std::uint64_t firstCount, std::uint64_t secondCount)
+{
+    std::uint64_t count = 0;
+    if (__builtin_add_overflow(firstCount, secondCount, &count))
+        throw std::length_error("The joined values have more elements than 64 bits can count.");
+    return count;
+}
+
 /// The dimensions of the first argument that has several, grown to `count` elements; else one dimension.
 std::vector<std::uint64_t> joinedDimensions(const BVariant& first, const BVariant& second,
                                             std::uint64_t count)
@@ -40,7 +49,8 @@ BVariant appendValues(BVariant first, BVariant second)
     checkVectorShaped(second);
     const std::uint64_t firstCount = first.elementCount();
     const std::uint64_t secondCount = second.elementCount();
-    const std::vector<std::uint64_t> dimensions = joinedDimensions(first, second, firstCount + secondCount);
+    const std::vector<std::uint64_t> dimensions =
+        joinedDimensions(first, second, joinedCount(firstCount, secondCount));
     const WellKnownType common =
         WellKnownType::getCommonWellKnownType(first.getWellKnownType(), second.getWellKnownType());
     convertInPlace(first, common);
