@@ -1,6 +1,5 @@
 #include "variables/GetAt.h"
 
-#include "foundations/variant/ArraySlice.h"
 #include "foundations/variant/VariantOperations.h"
 #include "variables/GetAt_p.h"
 
@@ -28,13 +27,6 @@ BVariant elementOfColumn(const BVariant& variant, std::size_t dimensionCount, st
     return Brindle::Quay::elementAt(variant, indices.data(), indices.size());
 }
 
-BVariant subArray(const BVariant& variant, std::size_t dimensionCount, std::uint64_t index)
-{
-    Brindle::Quay::ArraySlice pick{Brindle::Quay::IndexValue(index)};
-    pick.resize(dimensionCount, Brindle::Quay::IndexRange::all);
-    return Brindle::Quay::slice(variant, pick);
-}
-
 BVariant partAt(const BVariant& variant, std::uint64_t index)
 {
     using Brindle::Quay::elementAt;
@@ -52,7 +44,7 @@ BVariant partAt(const BVariant& variant, std::uint64_t index)
     }
     if (isColumnLike(dimensions))
         return elementOfColumn(variant, dimensions.size(), index);
-    return subArray(variant, dimensions.size(), index);
+    return Brindle::Quay::subArrayAt(variant, index);
 }
 
 } // namespace
