@@ -26,7 +26,7 @@ AbstractProperty::AbstractProperty(const AbstractProperty& other)
 AbstractProperty::~AbstractProperty()
 {
     if (m_parent) {
-        Internal::rememberPlaces(*this);
+        Internal::rememberDepartures(*this);
         m_parent->Unlink(m_parent->m_children.find(m_name));
     }
     ExpireHandles();
@@ -123,7 +123,7 @@ void AbstractProperty::ExpireHandles()
     if (!m_life)
         return;
     if (m_parent)
-        Internal::rememberPlaces(*this);
+        Internal::rememberDepartures(*this);
     m_life->node = nullptr;
     m_life = nullptr;
 }

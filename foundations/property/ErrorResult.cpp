@@ -8,11 +8,7 @@ OrreryException::OrreryException(ERESULT result) noexcept
 }
 
 OrreryException::OrreryException(const OrreryException&) noexcept = default;
-OrreryException::OrreryException(OrreryException&& other) noexcept
-    : std::exception(other)
-    , m_result(other.m_result)
-{
-}
+OrreryException::OrreryException(OrreryException&&) noexcept = default;
 OrreryException& OrreryException::operator=(const OrreryException&) noexcept = default;
 OrreryException::~OrreryException() = default;
 

@@ -75,7 +75,7 @@ void PropertyObject::ReplaceChildren(CloneRun& cloning)
 PropertyObject::~PropertyObject()
 {
     if (m_parent) {
-        Internal::rememberPlaces(*this);
+        Internal::rememberDepartures(*this);
         m_parent->Unlink(m_parent->m_children.find(m_name));
     }
     ExpireHandles();
@@ -138,13 +138,10 @@ ERESULT PropertyObject::InsertProperty(AbstractProperty* property)
     const ERESULT code = CheckInsertion(property);
     if (code < 0)
         return code;
-    const Children::const_iterator place = std::as_const(m_children).lowerBound(property->m_name);
-    if (place != m_children.cend() && place.key() == property->m_name)
+    const Children::iterator place = m_children.lowerBound(property->m_name);
+    if (place != m_children.end() && place.key() == property->m_name)
         return ER_ALREADY_EXISTS;
-    Internal::rememberLostTargets(*property);
-    Link(place, property);
-    Internal::tellPathChanged(*property);
-    return ER_SUCCESS;
+    return InsertAt(place, property);
 }
 
 ERESULT PropertyObject::InsertOrReplaceProperty(AbstractProperty* property)
@@ -154,15 +151,25 @@ ERESULT PropertyObject::InsertOrReplaceProperty(AbstractProperty* property)
     const ERESULT code = CheckInsertion(property);
     if (code < 0)
         return code;
-    const Children::iterator former = m_children.find(property->m_name);
-    return former == m_children.end() ? InsertProperty(property) : ReplaceBy(property, former);
+    const Children::iterator place = m_children.lowerBound(property->m_name);
+    if (place != m_children.end() && place.key() == property->m_name)
+        return ReplaceBy(property, place);
+    return InsertAt(place, property);
+}
+
+ERESULT PropertyObject::InsertAt(Children::const_iterator place, AbstractProperty* property)
+{
+    Internal::rememberLostTargets(*property);
+    Link(place, property);
+    Internal::tellPathChanged(*property);
+    return ER_SUCCESS;
 }
 
 ERESULT PropertyObject::ReplaceBy(AbstractProperty* property, Children::iterator former)
 {
     const PropertyHandle self(this);
     const PropertyHandle incoming(property);
-    Internal::rememberPlaces(**former);
+    Internal::rememberDepartures(**former);
     Destroy(Unlink(former));
     if (!self.Get() || !incoming.Get())
         return ER_FAILED;
@@ -172,16 +179,17 @@ ERESULT PropertyObject::ReplaceBy(AbstractProperty* property, Children::iterator
 
 ERESULT PropertyObject::DeleteProperty(const QString& name)
 {
-    AbstractProperty* const child = UnlinkRemembered(name);
-    if (!child)
+    const Children::iterator position = m_children.find(name);
+    if (position == m_children.end() || !*position)
         return ER_NOT_FOUND;
-    Destroy(child);
+    Internal::rememberDepartures(**position);
+    Destroy(Unlink(position));
     return ER_SUCCESS;
 }
 
 ERESULT PropertyObject::RemoveProperty(const QString& name)
 {
-    AbstractProperty* const child = UnlinkRemembered(name);
+    AbstractProperty* const child = UnlinkAlive(name);
     if (!child)
         return ER_NOT_FOUND;
     Internal::tellPathChanged(*child);
@@ -190,7 +198,7 @@ ERESULT PropertyObject::RemoveProperty(const QString& name)
 
 AbstractProperty* PropertyObject::TakeProperty(const QString& name)
 {
-    AbstractProperty* const child = UnlinkRemembered(name);
+    AbstractProperty* const child = UnlinkAlive(name);
     if (!child)
         return nullptr;
     const PropertyHandle handle(child);
@@ -297,6 +305,8 @@ QList<AbstractProperty*> PropertyObject::GetPropertyListSorted() const
     return list;
 }
 
+// The prefix comes by value because hosts are built against that form.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void PropertyObject::GetPrefixedChildrenProperties(QList<AbstractProperty*>* list, QString prefix) const
 {
     if (!list)
@@ -322,21 +332,20 @@ void PropertyObject::GetPrefixedChildrenProperties(QList<AbstractProperty*>* lis
 
 AbstractProperty* PropertyObject::lastNumberedChild() const
 {
-    return m_numbered && !m_numbered->isEmpty() ? m_numbered->last() : nullptr;
+    return m_numbered ? m_numbered->last() : nullptr;
 }
 
 ERESULT PropertyObject::nextNumberedChildName(QString* name) const
 {
     if (!name)
         return ER_INVALID_ARGUMENT;
-    if (!lastNumberedChild()) {
-        *name = QStringLiteral("0");
-        return ER_SUCCESS;
+    std::int64_t next = 0;
+    if (m_numbered && m_numbered->last(&next)) {
+        if (next == std::numeric_limits<std::int64_t>::max())
+            return ER_FAILED;
+        ++next;
     }
-    const std::int64_t last = m_numbered->lastNumber();
-    if (last == std::numeric_limits<std::int64_t>::max())
-        return ER_FAILED;
-    *name = QString::number(qlonglong{last + 1});
+    *name = QString::number(qlonglong{next});
     return ER_SUCCESS;
 }
 
@@ -398,12 +407,13 @@ AbstractProperty* PropertyObject::Unlink(Children::iterator position)
     return child;
 }
 
-AbstractProperty* PropertyObject::UnlinkRemembered(const QString& name)
+AbstractProperty* PropertyObject::UnlinkAlive(const QString& name)
 {
     const Children::iterator position = m_children.find(name);
     if (position == m_children.end() || !*position)
         return nullptr;
-    Internal::rememberPlaces(**position);
+    Internal::rememberDepartures(**position);
+    Internal::rememberTargets(**position);
     return Unlink(position);
 }
 
@@ -434,7 +444,7 @@ void PropertyObject::Adopt(Clones clones)
 void PropertyObject::HandChildrenTo(PropertyObject* doomed)
 {
     for (const AbstractProperty* const child : std::as_const(m_children))
-        Internal::rememberPlaces(*child);
+        Internal::rememberDepartures(*child);
     doomed->ExpireHandles();
     doomed->m_children.swap(m_children);
     m_numbered.reset();

@@ -175,11 +175,12 @@ private:
     void CheckDepthOfCopy(const PropertyObject& other) const;
     void ReplaceChildren(Internal::CloneRun& cloning);
     ERESULT CheckInsertion(const AbstractProperty* property) const;
+    ERESULT InsertAt(Children::const_iterator place, AbstractProperty* property);
     ERESULT ReplaceBy(AbstractProperty* property, Children::iterator former);
     ERESULT ReplaceByReference(const QString& name, const AbstractProperty* target);
     void Link(Children::const_iterator hint, AbstractProperty* property);
     AbstractProperty* Unlink(Children::iterator position);
-    AbstractProperty* UnlinkRemembered(const QString& name);
+    AbstractProperty* UnlinkAlive(const QString& name);
     ERESULT Rename(AbstractProperty* child, const QString& name);
     void Adopt(Clones clones);
     void HandChildrenTo(PropertyObject* doomed);

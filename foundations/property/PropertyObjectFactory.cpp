@@ -30,6 +30,8 @@ PropertyObjectFactory& PropertyObjectFactory::Instance()
     return *factory;
 }
 
+// The name comes by value because hosts are built against that form.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 ERESULT PropertyObjectFactory::RegisterType(QString typeName, Creator creator)
 {
     if (typeName.isEmpty() || !creator)

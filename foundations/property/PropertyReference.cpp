@@ -5,6 +5,8 @@
 #include "foundations/property/TreeWalk_p.h"
 #include "foundations/storage/DataFile.h"
 
+#include <QStringList>
+
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
@@ -24,9 +26,42 @@ bool areInOneTree(const AbstractProperty& a, const AbstractProperty& b)
     return a.GetRootProperty() == b.GetRootProperty();
 }
 
-QString relativePath(const AbstractProperty& from, const AbstractProperty& to)
+int depthOf(const AbstractProperty& node)
 {
-    return Property::GetRelativePath(from.GetFullPath(), to.GetFullPath());
+    int depth = 0;
+    for (const AbstractProperty* above = node.GetParent(); above; above = above->GetParent())
+        ++depth;
+    return depth;
+}
+
+// As Property::GetRelativePath of the two full paths, which need not be built for that.
+QString relativePath(const AbstractProperty& fromNode, const AbstractProperty& toNode)
+{
+    const AbstractProperty* from = &fromNode;
+    const AbstractProperty* to = &toNode;
+    int ups = depthOf(*from);
+    int downs = depthOf(*to);
+    const int common = std::min(ups, downs);
+    QStringList steps;
+    const auto goUp = [&] {
+        steps.append(QStringLiteral(".."));
+        from = from->GetParent();
+    };
+    QStringList below;
+    const auto goDown = [&] {
+        below.prepend(Property::EncodeName(to->GetName()));
+        to = to->GetParent();
+    };
+    for (; ups > common; --ups)
+        goUp();
+    for (; downs > common; --downs)
+        goDown();
+    while (from != to) {
+        goUp();
+        goDown();
+    }
+    steps += below;
+    return steps.isEmpty() ? QStringLiteral(".") : steps.join(QLatin1Char('/'));
 }
 
 QString pathOf(const DataFile* file)

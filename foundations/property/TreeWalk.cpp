@@ -125,7 +125,7 @@ std::uint32_t numberOfTree(const AbstractProperty& root)
     return NodeAccess::treeNumber(root);
 }
 
-struct PlacesVisitor
+struct DeparturesVisitor
 {
     void enter(const AbstractProperty& node) { visit(node); }
     void leave() {}
@@ -133,8 +133,6 @@ struct PlacesVisitor
     {
         if (NodeLife* const life = NodeAccess::life(node))
             rememberDeparture(*life, node);
-        if (NodeAccess::isReference(node))
-            NodeAccess::rememberPath(node);
     }
 
     void rememberDeparture(NodeLife& life, const AbstractProperty& node) const
@@ -150,16 +148,26 @@ struct PlacesVisitor
     const AbstractProperty* root;
 };
 
-struct LostTargetsVisitor
+// Calls an operation of each reference.
+template <void (*remember)(const AbstractProperty& reference)>
+struct ReferencesVisitor
 {
     void enter(const AbstractProperty&) {}
     void leave() {}
     void visit(const AbstractProperty& node)
     {
         if (NodeAccess::isReference(node))
-            NodeAccess::rememberLostTarget(node);
+            remember(node);
     }
 };
+
+template <class Visitor>
+void walkFrom(const AbstractProperty& node, Visitor visitor)
+{
+    visitor.visit(node);
+    if (hasChildren(node))
+        walkBelow(*NodeAccess::asFolder(node), visitor);
+}
 
 } // namespace
 
@@ -215,18 +223,17 @@ void tellPathChangedBelow(const PropertyObject& folder)
 
 void rememberLostTargets(const AbstractProperty& node)
 {
-    LostTargetsVisitor visitor;
-    visitor.visit(node);
-    if (hasChildren(node))
-        walkBelow(*NodeAccess::asFolder(node), visitor);
+    walkFrom(node, ReferencesVisitor<&NodeAccess::rememberLostTarget>());
 }
 
-void rememberPlaces(const AbstractProperty& node)
+void rememberDepartures(const AbstractProperty& node)
 {
-    PlacesVisitor visitor{node.GetRootProperty()};
-    visitor.visit(node);
-    if (hasChildren(node))
-        walkBelow(*NodeAccess::asFolder(node), visitor);
+    walkFrom(node, DeparturesVisitor{node.GetRootProperty()});
+}
+
+void rememberTargets(const AbstractProperty& node)
+{
+    walkFrom(node, ReferencesVisitor<&NodeAccess::rememberPath>());
 }
 
 } // namespace Orrery::Internal

@@ -33,9 +33,13 @@ void tellPathChangedBelow(const PropertyObject& folder);
 /// left or died remember where these stood, as long as that can be told by the root.
 void rememberLostTargets(const AbstractProperty& node);
 
-/// To be called before the node is taken out of its folder: let the handles and the references that are
-/// concerned remember the paths that get lost.
-void rememberPlaces(const AbstractProperty& node);
+/// To be called before the node is taken out of its folder: let the handles to it and to what stands below
+/// remember the paths that get lost.
+void rememberDepartures(const AbstractProperty& node);
+
+/// To be called before the node is taken out of its folder and left alive: let references, itself and below,
+/// remember the paths of their targets.
+void rememberTargets(const AbstractProperty& node);
 
 } // namespace Internal
 } // namespace Orrery
