@@ -1,8 +1,14 @@
 #include "tests/foundations/property/TreeNodes.h"
+#include "tests/support/RandomSeed.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <map>
+#include <random>
+#include <utility>
 
 namespace Orrery {
 namespace {
@@ -148,6 +154,95 @@ TEST(NumberedChildren, ComeAlongInCopies)
     copy.GetPrefixedChildrenProperties(&list, QString());
     for (const AbstractProperty* child : list)
         EXPECT_EQ(child->GetParent(), &copy);
+}
+
+/// What a random folder should list: by number, then by name.
+using Picture = std::map<std::pair<std::int64_t, QString>, AbstractProperty*>;
+
+void expectListed(const PropertyObject& folder, const Picture& picture)
+{
+    QList<AbstractProperty*> expected;
+    for (const auto& entry : picture)
+        expected.append(entry.second);
+    QList<AbstractProperty*> list;
+    folder.GetPrefixedChildrenProperties(&list, QString());
+    ASSERT_EQ(list, expected);
+    ASSERT_EQ(folder.lastNumberedChild(), expected.isEmpty() ? nullptr : expected.last());
+    QString next;
+    ASSERT_EQ(folder.nextNumberedChildName(&next), ER_SUCCESS);
+    ASSERT_EQ(next, QString::number(picture.empty() ? 0 : picture.rbegin()->first.first + 1));
+}
+
+class RandomNumberedChildren : public ::testing::TestWithParam<std::uint64_t>
+{
+};
+
+TEST_P(RandomNumberedChildren, AreListedAsANaivePictureSays)
+{
+    const TestSupport::RandomSeed seed{GetParam()};
+    SCOPED_TRACE(seed);
+    std::mt19937_64 random = seed.engine();
+    const auto below = [&random](std::uint64_t bound) { return TestSupport::randomBelow(random, bound); };
+    PropertyObject folder;
+    Picture picture;
+    std::int64_t range = 200;
+    for (int step = 0; step < 6000; ++step) {
+        if (step % 1000 == 0)
+            range = range * 3 % 1000 + 10; // dense and sparse, growing and shrinking
+        const auto number = static_cast<std::int64_t>(below(static_cast<std::uint64_t>(range)));
+        const QString name = QString(static_cast<int>(below(3)), QLatin1Char('0')) + QString::number(number);
+        const std::pair<std::int64_t, QString> key{number, name};
+        const auto present = picture.find(key);
+        const std::uint64_t choice = below(step / 1000 % 2 == 0 ? 5 : 8);
+        if (choice < 3 && present == picture.end()) {
+            picture[key] = addValue(folder, name);
+        } else if (choice == 3 && !picture.empty()) {
+            AbstractProperty* const moved = picture.begin()->second;
+            if (moved->SetName(name) >= 0) {
+                picture.erase(picture.begin());
+                picture[key] = moved;
+            }
+        } else if (choice == 4) { // the usual road: behind the last one
+            QString next;
+            ASSERT_EQ(folder.nextNumberedChildName(&next), ER_SUCCESS);
+            picture[{next.toLongLong(), next}] = addValue(folder, next);
+        } else if (present != picture.end()) {
+            ASSERT_EQ(folder.DeleteProperty(name), ER_SUCCESS);
+            picture.erase(present);
+        } else if (!picture.empty()) {
+            const auto last = std::prev(picture.end());
+            delete last->second;
+            picture.erase(last);
+        }
+        expectListed(folder, picture);
+        if (HasFatalFailure())
+            FAIL() << "after step " << step;
+    }
+    while (!picture.empty()) { // from the front, so that nothing but gaps is left behind
+        ASSERT_EQ(folder.DeleteProperty(picture.begin()->first.second), ER_SUCCESS);
+        picture.erase(picture.begin());
+        expectListed(folder, picture);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomNumberedChildren, ::testing::Values(1, 2, 3, 4));
+
+TEST(NumberedChildren, ComeInAnyOrderInGreatNumber)
+{
+    PropertyObject descending;
+    for (int i = 2000; i > 0; --i)
+        addValue(descending, QString::number(i - 1));
+    EXPECT_EQ(numberedNames(descending), numbers(0, 1999));
+    PropertyObject interleaved;
+    for (int i = 0; i < 2000; i += 2)
+        addValue(interleaved, QString::number(i));
+    for (int i = 1; i < 2000; i += 2)
+        addValue(interleaved, QString::number(i));
+    EXPECT_EQ(numberedNames(interleaved), numbers(0, 1999));
+    for (int i = 0; i < 1900; ++i)
+        ASSERT_EQ(interleaved.DeleteProperty(QString::number(i)), ER_SUCCESS);
+    EXPECT_EQ(numberedNames(interleaved), numbers(1900, 1999));
+    EXPECT_EQ(interleaved.lastNumberedChild()->GetName(), QStringLiteral("1999"));
 }
 
 QString nextName(const PropertyObject& folder)
