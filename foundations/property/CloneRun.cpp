@@ -1,7 +1,9 @@
 #include "foundations/property/CloneRun_p.h"
 
 #include "foundations/property/NodeAccess_p.h"
+#include "foundations/property/TreeWalk_p.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Orrery::Internal {
@@ -40,6 +42,14 @@ void CloneRun::keep(AbstractProperty* clone)
 {
     if (clone)
         m_clones.emplace_back(clone);
+}
+
+int CloneRun::height() const
+{
+    int height = 0;
+    for (const std::unique_ptr<AbstractProperty>& clone : m_clones)
+        height = std::max(height, folderHeight(*clone));
+    return height;
 }
 
 CloneRun::Clones CloneRun::takeClones()

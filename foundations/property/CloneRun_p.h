@@ -34,6 +34,9 @@ public:
     void run();
 
     Clones takeClones();
+
+    /// How many folders stand on the longest way down through the clones.
+    int height() const;
     const QString& sourceName() const { return m_sourceName; }
 
     /// Whether the folder that the clones are made for still lives.

@@ -35,6 +35,7 @@ PropertyObject::PropertyObject(const PropertyObject& other)
     m_kind = Kind::Folder;
     const auto cloning = std::make_unique<CloneRun>(other, *this);
     cloning->run();
+    ExpectRoomFor(cloning->height());
     Adopt(cloning->takeClones());
 }
 
@@ -42,7 +43,8 @@ PropertyObject& PropertyObject::operator=(const PropertyObject& other)
 {
     if (this == &other || m_doomed)
         return *this;
-    CheckDepthOfCopy(other);
+    if (Internal::folderDepth(*this) > Internal::folderDepth(other)) // else it fits where the other one fits
+        ExpectRoomFor(Internal::folderHeight(other) - 1);
     // First all that may throw; the other folder may be one of those that go, so it isn't touched afterwards.
     const auto cloning = std::make_unique<CloneRun>(other, *this);
     cloning->run();
@@ -51,15 +53,16 @@ PropertyObject& PropertyObject::operator=(const PropertyObject& other)
     return *this;
 }
 
-void PropertyObject::CheckDepthOfCopy(const PropertyObject& other) const
+// Asked again after the cloning: a DoClone may make more than there is in its source.
+void PropertyObject::ExpectRoomFor(int height) const
 {
-    const int depth = Internal::folderDepth(*this);
-    if (depth > Internal::folderDepth(other) && depth - 1 + Internal::folderHeight(other) > MaxDepth)
+    if (Internal::folderDepth(*this) + height > MaxDepth)
         throw OrreryException(ER_FAILED);
 }
 
 void PropertyObject::ReplaceChildren(CloneRun& cloning)
 {
+    ExpectRoomFor(cloning.height());
     const bool fresh = m_name.isEmpty() && !m_parent;
     if (fresh)
         m_name = cloning.sourceName();

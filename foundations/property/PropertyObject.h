@@ -42,6 +42,8 @@ public:
     explicit PropertyObject(const QString& name);
 
     /// Name, flags and clones of the children; no parent.
+    ///
+    /// Errors: OrreryException with ER_FAILED if a DoClone makes the tree too deep.
     PropertyObject(const PropertyObject& other);
 
     /// Replace the children by clones of the other folder's; the trees share nothing afterwards. Flags stay,
@@ -172,7 +174,7 @@ private:
 
     static void Destroy(AbstractProperty* orphan);
 
-    void CheckDepthOfCopy(const PropertyObject& other) const;
+    void ExpectRoomFor(int height) const;
     void ReplaceChildren(Internal::CloneRun& cloning);
     ERESULT CheckInsertion(const AbstractProperty* property) const;
     ERESULT InsertAt(Children::const_iterator place, AbstractProperty* property);
