@@ -32,7 +32,12 @@ void noteFree(std::size_t got)
 
 #ifdef COUNT_BY_SANITIZER_HOOKS
 
-#include <sanitizer/allocator_interface.h>
+// Part of every sanitizer's runtime, but g++ installs no header that declares them.
+extern "C" {
+int __sanitizer_install_malloc_and_free_hooks(void (*allocated)(const volatile void*, std::size_t),
+                                              void (*frees)(const volatile void*));
+std::size_t __sanitizer_get_allocated_size(const volatile void*);
+}
 
 namespace {
 void sanitizerAllocated(const volatile void*, std::size_t size)
