@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 
 // A host's DoClone runs in the middle of every copy and may change what is being copied.
@@ -169,6 +170,43 @@ TEST_F(HostileClone, MayMakeAChildOfSomething)
     const std::unique_ptr<PropertyObject> copy = clone();
     EXPECT_EQ(copy->GetPropertyPtr(QStringLiteral("odd")), made); // a clone has no other parent
     EXPECT_EQ(elsewhere.GetPropertyCount(), 0);
+    ASSERT_EQ(source->DeleteProperty(QStringLiteral("odd")), ER_SUCCESS);
+}
+
+AbstractProperty* makeChain(int depth)
+{
+    auto top = std::make_unique<PropertyObject>(QStringLiteral("d"));
+    for (int i = 1; i < depth; ++i) {
+        auto above = std::make_unique<PropertyObject>(QStringLiteral("d"));
+        EXPECT_EQ(above->InsertProperty(top.get()), ER_SUCCESS);
+        static_cast<void>(top.release());
+        top = std::move(above);
+    }
+    return top.release();
+}
+
+int depthBelow(const PropertyObject& folder)
+{
+    int deepest = 0;
+    for (AbstractProperty* child : folder.GetPropertyListSorted()) {
+        if (const auto* below = dynamic_cast<const PropertyObject*>(child))
+            deepest = std::max(deepest, depthBelow(*below));
+    }
+    return deepest + 1;
+}
+
+TEST_F(HostileClone, ThatIsDeeperThanItsSourceMakesNoTreeTooDeep)
+{
+    ASSERT_EQ(source->InsertProperty(new OddlyCloned(makeChain(PropertyObject::MaxDepth))), ER_SUCCESS);
+    PropertyObject target;
+    addFolder(target, QStringLiteral("kept"), &life);
+    try {
+        target = *source; // one level more than a tree may have
+        ADD_FAILURE() << "the assignment went through, " << depthBelow(target) << " deep";
+    } catch (const OrreryException& exception) {
+        EXPECT_EQ(exception.GetResult(), ER_FAILED);
+    }
+    EXPECT_EQ(childNames(target), QStringList{QStringLiteral("kept")});
     ASSERT_EQ(source->DeleteProperty(QStringLiteral("odd")), ER_SUCCESS);
 }
 
