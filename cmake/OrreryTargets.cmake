@@ -61,6 +61,8 @@ function(orrery_add_test name)
     cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
     add_executable(${name} ${arg_SOURCES})
     orrery_target_defaults(${name})
+    # What is tested is in the libraries; a test's own code is compiled often and run once.
+    target_compile_options(${name} PRIVATE -O0)
     target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock GTest::gtest_main)
     gtest_discover_tests(${name}
         PROPERTIES LABELS "${arg_LABELS}" TIMEOUT 300
