@@ -103,7 +103,7 @@ void AbstractDirtyTracker::drop(std::shared_ptr<AbstractDirtyTracker> source,
 
 void AbstractDirtyTracker::setDirty()
 {
-    m_dirtyState = s_dirty;
+    m_condition |= s_stateBits;
     markObservers();
 }
 
@@ -125,26 +125,42 @@ void AbstractDirtyTracker::markObservers()
         auto observer = (current.next++)->lock();
         if (!observer || observer->isDirty())
             continue;
-        observer->m_dirtyState = s_dirty;
         const auto& edges = observer->m_observers.m_nodes;
+        observer->m_condition |= s_stateBits;
         if (edges.empty())
             continue;
         if (current.next != current.end)
             unfinished.push_back(std::move(current));
-        const auto first = edges.begin();
-        const auto end = edges.end();
-        current = Frame{std::move(observer), first, end};
+        current.node.swap(observer);
+        current.next = edges.begin();
+        current.end = edges.end();
     }
 }
 
 bool AbstractDirtyTracker::setUpdating()
 {
-    std::int32_t expected = s_dirty;
-    if (!m_dirtyState.compare_exchange_strong(expected, s_updating))
+    return goToUpdatingFrom(s_dirty);
+}
+
+bool AbstractDirtyTracker::markAndSetUpdating()
+{
+    if (m_observers.m_nodes.empty() && goToUpdatingFrom(s_clean))
+        return true;
+    if (isUpdating())
         return false;
-    // Only the winner of the exchange comes here.
-    m_updateCount = m_updateCount + 1;
-    return true;
+    setDirty();
+    return setUpdating();
+}
+
+bool AbstractDirtyTracker::goToUpdatingFrom(std::int32_t state)
+{
+    std::uint64_t present = m_condition;
+    while (static_cast<std::int32_t>(present & s_stateBits) == state) {
+        const std::uint64_t counted = (present & ~s_stateBits) + (std::uint64_t{1} << 32);
+        if (m_condition.compare_exchange_weak(present, counted | s_updating))
+            return true;
+    }
+    return false;
 }
 
 void AbstractDirtyTracker::addObserver(std::shared_ptr<AbstractDirtyTracker> observer)

@@ -63,15 +63,15 @@ struct ORRERYCOREVARIABLES_EXPORT AbstractDirtyTracker
     /// Cost: of any chain, one node: no destruction leads to another.
     virtual ~AbstractDirtyTracker();
 
-    bool isClean() const { return m_dirtyState == s_clean; }
-    bool isDirty() const { return m_dirtyState == s_dirty; }
-    bool isUpdating() const { return m_dirtyState == s_updating; }
+    bool isClean() const { return getDirtyState() == s_clean; }
+    bool isDirty() const { return getDirtyState() == s_dirty; }
+    bool isUpdating() const { return getDirtyState() == s_updating; }
 
     /// 0 clean, 1 updating, -1 dirty.
-    int getDirtyState() const { return m_dirtyState; }
+    int getDirtyState() const { return static_cast<std::int32_t>(m_condition.load() & s_stateBits); }
 
     /// How many times this node went from dirty to updating. Nothing resets it.
-    int getUpdateCount() const { return m_updateCount; }
+    int getUpdateCount() const { return static_cast<std::int32_t>(m_condition.load() >> 32); }
 
     /// The nodes that depend on this one.
     Nodes getObservers() const { return m_observers; }
@@ -101,7 +101,7 @@ struct ORRERYCOREVARIABLES_EXPORT AbstractDirtyTracker
 
 protected:
     /// Become clean, whatever the state was. Nobody else is told.
-    void setClean() { m_dirtyState = s_clean; }
+    void setClean() { m_condition &= ~s_stateBits; }
 
     /// Become dirty, whatever the state was, and mark the observers that aren't dirty yet, depth first, each
     /// with its own. An observer that is updating becomes dirty too.
@@ -116,6 +116,13 @@ protected:
     /// Edge: a clean or updating node is left as it is.
     bool setUpdating();
 
+    /// Mark this node and go on to updating. Returns whether it is updating because of this call.
+    ///
+    /// What markDirty() and setUpdating() do one after the other; in one step for a clean node on which nothing
+    /// depends, where nobody could tell the difference.
+    /// Edge: a node that is updating is left as it is.
+    bool markAndSetUpdating();
+
     /// Add to the observers of this node only, not to the sources of the other.
     void addObserver(std::shared_ptr<AbstractDirtyTracker> observer);
 
@@ -126,14 +133,18 @@ private:
     static constexpr std::int32_t s_clean = 0;
     static constexpr std::int32_t s_updating = 1;
     static constexpr std::int32_t s_dirty = -1;
+    static constexpr std::uint64_t s_stateBits = 0xffffffff;
 
+    bool goToUpdatingFrom(std::int32_t state);
     bool allLivingSourcesAreClean();
     void markObservers();
 
     Nodes m_observers;
     Nodes m_sources;
-    std::atomic<std::int32_t> m_dirtyState{s_clean};
-    std::atomic<std::int32_t> m_updateCount{0};
+    // Two signed 32-bit numbers in one word, so that an update is counted in the step that starts it: the state
+    // in the lower half, the update count in the upper one. To set all bits of the state makes it dirty, to
+    // clear them makes it clean.
+    std::atomic<std::uint64_t> m_condition{0};
 };
 
 /// The tracker of an owner of class T, which alone may set its state directly.
