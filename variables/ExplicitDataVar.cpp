@@ -33,7 +33,10 @@ ExplicitDataVar& ExplicitDataVar::operator=(const ExplicitDataVar& other)
     return *this;
 }
 
-ExplicitDataVar::~ExplicitDataVar() = default;
+ExplicitDataVar::~ExplicitDataVar()
+{
+    announceRemoval();
+}
 
 const QString& ExplicitDataVar::StaticType()
 {

@@ -27,12 +27,22 @@ std::uint64_t elementDimCount(const BVariant& data)
     return dimensions.size() == 0 ? 0 : dimensions.size() - 1;
 }
 
+/// The value to read. With it in hand the Variable is up to date, as there is nothing to compute.
+const SimpleProperty* readDataProperty(Variable& owner)
+{
+    const SimpleProperty* property = ensureDataProperty(owner);
+    const std::shared_ptr<Variable::Tracker>& tracker = owner.getDirtyTracker();
+    if (tracker && tracker->isDirty())
+        tracker->updateIfDirty([] {});
+    return property;
+}
+
 } // namespace
 
 ExplicitDataVarStrategy::ExplicitDataVarStrategy(Variable* owner)
     : IVariableStrategy(owner)
 {
-    ensureDataProperty(*backRef());
+    readDataProperty(*backRef());
 }
 
 ExplicitDataVarStrategy::~ExplicitDataVarStrategy() = default;
@@ -58,13 +68,13 @@ std::shared_ptr<IVariableStrategy> ExplicitDataVarStrategy::Copy(Variable* owner
 const BVariant& ExplicitDataVarStrategy::storedData() const
 {
     static const BVariant null;
-    const SimpleProperty* property = ensureDataProperty(*backRef());
+    const SimpleProperty* property = readDataProperty(*backRef());
     return property ? property->GetValueRef() : null;
 }
 
 BVariant ExplicitDataVarStrategy::GetData(IsCellArray* flag) const
 {
-    const SimpleProperty* property = ensureDataProperty(*backRef());
+    const SimpleProperty* property = readDataProperty(*backRef());
     if (flag)
         *flag = property ? property->GetValueIsCellArray() : IsCellArrayFalse;
     return property ? property->GetValue() : BVariant();

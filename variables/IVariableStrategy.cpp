@@ -1,5 +1,6 @@
 #include "variables/IVariableStrategy.h"
 
+#include "tracking/Notifier.h"
 #include "variables/DataProperty_p.h"
 #include "variables/Variable.h"
 
@@ -31,14 +32,23 @@ Variable& IVariableStrategy::UpdateData(const BVariant& /*data*/, IsCellArray /*
     return *m_backRef;
 }
 
+std::shared_ptr<AbstractDirtyTracker> IVariableStrategy::getDirtyTracker() const
+{
+    return m_backRef->getDirtyTracker();
+}
+
 void IVariableStrategy::push(const BVariant& data, IsCellArray flag)
 {
     // Tried, not awaited: a computation may hold the mutex for long, and its result would overwrite these data.
     const std::unique_lock<std::recursive_mutex> lock(m_mutex, std::try_to_lock);
     if (!lock)
         return;
-    if (SimpleProperty* property = ensureDataProperty(*m_backRef))
-        property->SetValue(data, flag);
+    SimpleProperty* property = ensureDataProperty(*m_backRef);
+    if (!property)
+        return;
+    property->SetValue(data, flag);
+    if (const Variable::Notifier* notifier = m_backRef->getNotifier())
+        notifier->getDirtyTracker()->markDirty();
 }
 
 } // namespace Orrery

@@ -4,6 +4,7 @@
 #include "foundations/property/PropertyHandle.h"
 #include "foundations/variant/BVariant.h"
 #include "orrerycorevariables_export.h"
+#include "tracking/DirtyTracker.h"
 
 #include <QString>
 
@@ -71,8 +72,12 @@ public:
     /// The text by which a reload selects this kind of strategy.
     virtual QString GetType() const = 0;
 
+    /// The dirty tracker of the Variable behind the back reference; null while that is moved from.
+    std::shared_ptr<AbstractDirtyTracker> getDirtyTracker() const;
+
 protected:
-    /// Store `data` and `flag` in the child "Data" of the owner, which is made if it is missing or no value.
+    /// Store `data` and `flag` in the child "Data" of the owner, which is made if it is missing or no value, and
+    /// mark the owner's notifier: its next announcement tells of them.
     ///
     /// Errors: none are reported. The data are dropped while another thread holds the mutex, and when "Data"
     ///         can't be put in.

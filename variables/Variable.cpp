@@ -3,6 +3,8 @@
 #include "foundations/property/PropertyHandle.h"
 #include "foundations/property/SimpleProperty.h"
 #include "foundations/variant/VariantOperations.h"
+#include "tracking/DataObserver.h"
+#include "tracking/Notifier.h"
 #include "variables/ExplicitDataVarStrategy.h"
 
 #include <QDebug>
@@ -147,10 +149,23 @@ Variable::Variable(Variable&& other) // NOLINT(performance-noexcept-move-constru
     operator=(std::move(other));
 }
 
-Variable::~Variable() = default;
+Variable::~Variable()
+{
+    announceRemoval();
+}
+
+void Variable::announceRemoval()
+{
+    ExpireHandles();
+    if (m_notifier)
+        m_notifier->Remove();
+}
 
 void Variable::Init()
 {
+    if (!m_notifier)
+        m_notifier = std::make_shared<Notifier>();
+    m_dirtyTracker = std::make_shared<Tracker>(this);
     SetStrategy<ExplicitDataVarStrategy>();
 }
 
@@ -182,12 +197,15 @@ Variable& Variable::operator=(const Variable& other)
 {
     if (this == &other)
         return *this;
-    // `other` may stand below this folder and go with the former children; its strategy is needed after that.
+    // `other` may stand below this folder and go with the former children; this is needed after that.
     const std::shared_ptr<IVariableStrategy> source = other.m_strategy;
+    const bool isObserved = other.getObserver() != nullptr;
     PropertyObject::operator=(other);
     Init();
     if (source)
         m_strategy = source->Copy(this);
+    if (isObserved)
+        ensureObserver(this);
     return *this;
 }
 
@@ -195,6 +213,12 @@ Variable& Variable::operator=(Variable&& other) // NOLINT(performance-noexcept-m
 {
     const PropertyHandle self(this);
     const PropertyHandle source(&other);
+    // To the end both Variables have all three: `other` still announces that it leaves its place. What this one
+    // has had goes last, since a QObject tells of its end too.
+    const std::shared_ptr<Notifier> former = std::exchange(m_notifier, other.m_notifier);
+    m_dirtyTracker = other.m_dirtyTracker;
+    if (const std::shared_ptr<DataObserver> observer = getObserver())
+        observer->setVariable(this);
     m_strategy = other.m_strategy;
     if (m_strategy && m_strategy->m_backRef == &other)
         m_strategy->m_movedFrom = source;
@@ -204,8 +228,11 @@ Variable& Variable::operator=(Variable&& other) // NOLINT(performance-noexcept-m
     if (source.Get())
         moveChildren(source, self);
     takePlace(source, self);
-    if (source.Get())
+    if (source.Get()) {
         other.m_strategy.reset();
+        other.m_dirtyTracker.reset();
+        other.m_notifier.reset();
+    }
     return *this;
 }
 
@@ -246,6 +273,13 @@ void Variable::OnDeserialization()
     qWarning().noquote().nospace() << "defaulted to ExplicitDataVar; unknown strategy type " << type;
 }
 
+void Variable::OnPathChanged()
+{
+    PropertyObject::OnPathChanged();
+    if (m_notifier)
+        m_notifier->PathChanged();
+}
+
 std::shared_ptr<IVariableStrategy> Variable::strategyInUse() const
 {
     if (m_strategy && m_strategy->m_backRef != this && m_strategy->ownerIsGone())
@@ -253,13 +287,36 @@ std::shared_ptr<IVariableStrategy> Variable::strategyInUse() const
     return m_strategy;
 }
 
-Variable& Variable::UpdateData(const BVariant& data, bool /*notify*/, IsCellArray flag)
+void Variable::setObserver(std::shared_ptr<DataObserver> observer)
+{
+    if (m_notifier)
+        m_notifier->setObserver(std::move(observer));
+}
+
+std::shared_ptr<DataObserver> Variable::getObserver() const
+{
+    return m_notifier ? m_notifier->getObserver() : nullptr;
+}
+
+Variable& Variable::UpdateData(const BVariant& data, bool notify, IsCellArray flag)
 {
     const std::shared_ptr<IVariableStrategy> strategy = strategyInUse();
     if (!strategy)
         return *this;
+    // A handler of what happens below may destroy this Variable.
+    const std::shared_ptr<Notifier> notifier = m_notifier;
+    m_dirtyTracker->markDirty();
     verifyBackref(*strategy);
     strategy->UpdateData(data, flag);
+    if (notify)
+        notifier->Modify();
+    return *this;
+}
+
+Variable& Variable::UpdateData()
+{
+    if (m_notifier)
+        m_notifier->Modify();
     return *this;
 }
 

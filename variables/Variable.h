@@ -3,6 +3,7 @@
 #include "foundations/property/PropertyObject.h"
 #include "foundations/variant/BVariant.h"
 #include "orrerycorevariables_export.h"
+#include "tracking/DirtyTracker.h"
 #include "variables/IVariableStrategy.h"
 
 #include <QString>
@@ -13,11 +14,16 @@
 
 namespace Orrery {
 
+struct DataObserver;
+
 /// Named data in the property tree, which a host can read, update, clone, save and reload.
 ///
 /// A Variable holds no data of its own. What can be saved lies in its children; what it does with data lies in
 /// its one strategy, which can be exchanged at any time and is chosen again from the child "VariableStrategy"
 /// after a reload. A fresh Variable has the explicit strategy and null data.
+///
+/// A Variable tells clients of its changes through its notifier, and whatever is computed from it through its
+/// dirty tracker: an update makes the tracker dirty, the next read of stored data makes it clean.
 ///
 /// Shape:  the data have one axis, their first dimension. A position on it is an offset; at each offset lies
 ///         one element, which may itself be an array.
@@ -26,11 +32,17 @@ namespace Orrery {
 class ORRERYCOREVARIABLES_EXPORT Variable : public PropertyObject
 {
 public:
+    /// Its signals tell of the changes of a Variable; defined in tracking/Notifier.h.
+    class Notifier;
+
+    using Tracker = DirtyTracker<Variable, Variable*>;
+
     Variable();
     explicit Variable(const QString& name);
     Variable(const QString& name, const BVariant& data);
 
-    /// Clones of the children and a strategy of the same kind.
+    /// Clones of the children and a strategy of the same kind. Notifier and tracker are new, the tracker clean;
+    /// a source that references follow through an observer gives the copy an observer of its own.
     ///
     /// Edge:   "VariableStrategy" of a copy says "ExplicitDataStrategy" whatever the source is: the copy works
     ///         as its source does until it is saved, and comes back as an explicit Variable.
@@ -46,11 +58,15 @@ public:
     ///         strategy of the same kind for this Variable then.
     /// Edge:   a moved-from Variable is for destruction or copy assignment; until then its reading operations give
     ///         null, 0 or ER_FAILED, and it drops data.
-    /// Edge:   a move to itself leaves the Variable without a strategy.
+    /// Notifier, tracker and observer come along and serve this object from then on: its former clients hear
+    /// nothing of that, and those of `other` hear of this one. During the move both have them.
+    ///
+    /// Edge:   a move to itself leaves the Variable without a strategy, a notifier and a tracker.
     Variable(Variable&& other); // NOLINT(performance-noexcept-move-constructor): handlers run, trees grow
 
     /// As the copy construction; the former children are gone. The name is taken over by a Variable that has
-    /// neither a name nor a parent.
+    /// neither a name nor a parent. The notifier stays with its connections, and no signal is sent; the tracker
+    /// is new, clean and without edges.
     Variable& operator=(const Variable& other);
 
     /// As the move construction; children of this Variable stay unless one of the same name replaces them.
@@ -65,14 +81,19 @@ public:
     ///         SetStrategy(). A text that names no strategy gives the explicit one and a warning on the log.
     void OnDeserialization() override;
 
+    /// Announces the removal while name and data are still there; no PropertyHandle leads here any more then.
     ~Variable() override;
     AbstractProperty* DoClone() const override;
 
     /// Store data through the strategy; a strategy that computes its data drops them. Returns this Variable.
     ///
-    /// `notify` tells whether clients of the Variable hear of it.
+    /// The tracker is marked dirty first, unless it is updating. `notify` tells whether clients hear of it.
+    /// Edge:   a client may destroy the Variable; the result then refers to nothing.
     virtual Variable& UpdateData(const BVariant& data, bool notify = true,
                                  IsCellArray flag = IsCellArrayFalse);
+
+    /// Announce data that were changed by earlier quiet updates. Returns this Variable.
+    Variable& UpdateData();
 
     /// The number of offsets.
     virtual std::uint64_t GetMaxIndepOffset() const;
@@ -106,6 +127,17 @@ public:
     /// The present strategy; empty for a moved-from Variable.
     std::weak_ptr<IVariableStrategy> GetStrategyPtr() const;
 
+    /// The notifier, owned by this Variable; null for a moved-from one.
+    Notifier* getNotifier() const { return m_notifier.get(); }
+
+    /// The dirty tracker; null for a moved-from Variable. Copy assignment replaces it.
+    const std::shared_ptr<Tracker>& getDirtyTracker() const { return m_dirtyTracker; }
+
+    /// The observer that follows this Variable for references, which the notifier holds; null by default and
+    /// for a moved-from Variable, which takes none.
+    void setObserver(std::shared_ptr<DataObserver> observer);
+    std::shared_ptr<DataObserver> getObserver() const;
+
     /// Give this Variable a strategy of exactly the type S, keep the present one if it is that, and note its
     /// kind in "VariableStrategy". No other child is touched. The result is owned by the Variable.
     ///
@@ -124,6 +156,14 @@ public:
     static const QString& sStrategyPropertyName();       ///< "VariableStrategy"
     static const QString& sIndependentMapPropertyName(); ///< "IndependentMap"
 
+protected:
+    /// Tells the clients of its new name or place.
+    void OnPathChanged() override;
+
+    /// To be called first in the destructor of each typed Variable of this library, as in the one of this class:
+    /// what handlers find is then still whole.
+    void announceRemoval();
+
 private:
     /// What every construction but a copy or a move, and every copy assignment, starts a Variable with.
     void Init();
@@ -141,7 +181,9 @@ private:
     static const QString s_strategy;
     static const QString s_independentMap;
 
+    std::shared_ptr<Notifier> m_notifier;
     mutable std::shared_ptr<IVariableStrategy> m_strategy; // a read may find that it has to be made anew
+    std::shared_ptr<Tracker> m_dirtyTracker;
 };
 
 extern template ORRERYCOREVARIABLES_EXPORT Variable* PropertyObject::GetPtr<Variable>(const QString& name);
