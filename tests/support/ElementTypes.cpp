@@ -1,5 +1,6 @@
 #include "tests/support/ElementTypes.h"
 
+#include <cctype>
 #include <stdexcept>
 
 namespace TestSupport {
@@ -41,5 +42,14 @@ const ElementRow& elementRow(std::uint16_t code)
         if (row.code == code)
             return row;
     throw std::out_of_range("no element type has the code " + std::to_string(code));
+}
+
+std::string ElementTypeName::suiteName(std::uint16_t code)
+{
+    std::string name;
+    for (char c : std::string(elementRow(code).name))
+        if (std::isalnum(static_cast<unsigned char>(c)) || c == '_')
+            name += c;
+    return name;
 }
 } // namespace TestSupport

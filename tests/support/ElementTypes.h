@@ -190,6 +190,20 @@ struct Samples<TimePoint> : TwoWordSamples<TimePoint>
 {
 };
 
+/// Names the suites of TYPED_TEST_SUITE by their element type: "SliceOf/int8_t".
+struct ElementTypeName
+{
+    template <class T>
+    static std::string GetName(int)
+    {
+        return suiteName(elementCode<T>);
+    }
+
+private:
+    /// The name of the type without what a test name can't hold.
+    static std::string suiteName(std::uint16_t code);
+};
+
 /// Whether two elements are the same value: NaN isn't itself, 0.0 is -0.0.
 template <class T>
 bool sameElement(const T& a, const T& b)

@@ -55,7 +55,7 @@ template <class T>
 class AllocationsOf : public ::testing::Test
 {
 };
-TYPED_TEST_SUITE(AllocationsOf, ElementTypes);
+TYPED_TEST_SUITE(AllocationsOf, ElementTypes, ElementTypeName);
 
 TYPED_TEST(AllocationsOf, AScalarAreNone)
 {

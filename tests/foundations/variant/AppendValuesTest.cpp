@@ -3,6 +3,7 @@
 #include "tests/support/CaseName.h"
 #include "tests/support/ElementTypes.h"
 #include "tests/support/Failures.h"
+#include "tests/support/HostPayload.h"
 #include "tests/support/Variants.h"
 
 #include <gmock/gmock.h>
@@ -22,7 +23,7 @@ template <class T>
 class AppendOf : public ::testing::Test
 {
 };
-TYPED_TEST_SUITE(AppendOf, ElementTypes);
+TYPED_TEST_SUITE(AppendOf, ElementTypes, ElementTypeName);
 
 TYPED_TEST(AppendOf, PutsTheSecondVectorAfterTheFirst)
 {
@@ -199,6 +200,17 @@ TEST(AppendValues, RefusesTwoRunTimeTypes)
 {
     EXPECT_EQ(failureOf([] { appendValues(BVariant::runTime(1.0), BVariant::runTime(2.0)); }),
               runtimeError("Creating with run-time wellknowntype is not allowed."));
+}
+
+TEST(AppendValues, RefusesMoreElementsThanCanBeCounted)
+{
+    // elements that aren't in memory can be more than any memory holds
+    HostPayload::Log log;
+    log.fails = true;
+    const BVariant endless = HostPayload::make(&log, {}, {UINT64_MAX});
+    EXPECT_EQ(failureOf([&] { appendValues(endless, BVariant(1.0)); }).type, "std::length_error");
+    EXPECT_EQ(failureOf([&] { appendValues(BVariant(1.0), endless); }).type, "std::length_error");
+    EXPECT_EQ(log.reads, 0);
 }
 
 TEST(AppendValues, OfItselfDoublesIt)

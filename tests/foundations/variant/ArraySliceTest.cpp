@@ -190,7 +190,7 @@ template <class T>
 class SliceOf : public ::testing::Test
 {
 };
-TYPED_TEST_SUITE(SliceOf, ElementTypes);
+TYPED_TEST_SUITE(SliceOf, ElementTypes, ElementTypeName);
 
 TYPED_TEST(SliceOf, TakesEveryOtherElement)
 {
@@ -457,6 +457,27 @@ TEST(Slice, StopsASelectorOfAHostThatLeavesItsDimension)
               outOfRange("Indices out of bounds."));
 }
 
+// A selector that can't be copied, against its contract.
+namespace {
+class Uncloneable : public IndexItem
+{
+public:
+    std::vector<std::uint64_t> resolve(std::uint64_t) const override { return {0}; }
+    bool isValid(std::uint64_t) const override { return true; }
+    Uncloneable* clone() const override { return nullptr; }
+};
+} // namespace
+
+TEST(IndexSet, RefusesASelectorWithoutAClone)
+{
+    EXPECT_EQ(failureOf([] { IndexSet{Uncloneable()}; }), invalidArgument(badSlice));
+    IndexSet set = one(1);
+    EXPECT_EQ(failureOf([&] { set.append(Uncloneable()); }), invalidArgument(badSlice));
+    EXPECT_EQ(ToDoubles(slice(MakeCounting({3}), {set})), (Doubles{1}));
+    EXPECT_EQ(failureOf([] { IndexSet(std::vector<std::unique_ptr<IndexItem>>(1)); }),
+              invalidArgument(badSlice));
+}
+
 TEST(IndexSet, WithoutSelectorsSelectsNothing)
 {
     EXPECT_EQ(ToDimensions(slice(MakeCounting({2, 3}), {IndexSet(), all()})), (Sizes{0, 3}));
@@ -610,7 +631,7 @@ class RandomSlice : public ::testing::Test
 // One type for each width of element, and one that isn't copied as bytes.
 using SliceWidths =
     ::testing::Types<double, float, std::int16_t, std::int8_t, std::complex<double>, std::string>;
-TYPED_TEST_SUITE(RandomSlice, SliceWidths);
+TYPED_TEST_SUITE(RandomSlice, SliceWidths, ElementTypeName);
 
 template <class T>
 T elementOfNumber(double number)

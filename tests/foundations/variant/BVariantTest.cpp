@@ -56,7 +56,7 @@ template <class T>
 class EveryElementType : public ::testing::Test
 {
 };
-TYPED_TEST_SUITE(EveryElementType, ElementTypes);
+TYPED_TEST_SUITE(EveryElementType, ElementTypes, ElementTypeName);
 
 TYPED_TEST(EveryElementType, HasItsCode)
 {

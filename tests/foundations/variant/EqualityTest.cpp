@@ -51,7 +51,7 @@ protected:
         return BVariant(std::move(elements));
     }
 };
-TYPED_TEST_SUITE(EqualityOf, ElementTypes);
+TYPED_TEST_SUITE(EqualityOf, ElementTypes, ElementTypeName);
 
 TYPED_TEST(EqualityOf, HoldsBetweenArraysOfTheSameElements)
 {

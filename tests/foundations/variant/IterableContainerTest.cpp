@@ -21,7 +21,7 @@ template <class T>
 class ContainerOf : public ::testing::Test
 {
 };
-TYPED_TEST_SUITE(ContainerOf, ElementTypes);
+TYPED_TEST_SUITE(ContainerOf, ElementTypes, ElementTypeName);
 
 TYPED_TEST(ContainerOf, RunsOverAllElementsInStorageOrder)
 {
@@ -38,7 +38,7 @@ TYPED_TEST(ContainerOf, RunsOverAllElementsInStorageOrder)
 
 TYPED_TEST(ContainerOf, RunsOverAScalar)
 {
-    const IterableContainer<TypeParam> container(BVariant(Samples<TypeParam>::other()));
+    const IterableContainer<TypeParam> container{BVariant(Samples<TypeParam>::other())};
     ASSERT_EQ(container.end() - container.begin(), 1);
     EXPECT_TRUE(sameElement<TypeParam>(*container.begin(), Samples<TypeParam>::other()));
 }

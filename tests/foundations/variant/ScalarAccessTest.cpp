@@ -26,7 +26,7 @@ template <class T>
 class ScalarOf : public ::testing::Test
 {
 };
-TYPED_TEST_SUITE(ScalarOf, ElementTypes);
+TYPED_TEST_SUITE(ScalarOf, ElementTypes, ElementTypeName);
 
 TYPED_TEST(ScalarOf, IsReadBack)
 {
@@ -195,5 +195,17 @@ TEST(TryGetIntVector, LeavesItsOutputOnFailure)
     EXPECT_FALSE(tryGetIntVector(BVariant(Duration{}), &out));
     EXPECT_FALSE(tryGetIntVector(BVariant::runTime(1), &out));
     EXPECT_THAT(out, ElementsAre(9));
+}
+
+TEST(GetIntVector, ReadsOrFailsWithTheNameOfTheVector)
+{
+    EXPECT_EQ(getIntVector(MakeCounting({2, 2}, columnMajor)), (std::vector<int>{0, 2, 1, 3}));
+    EXPECT_EQ(failureOf([] {
+                  getIntVector(MakeVector({1.0, 3e9}));
+              }),
+              runtimeError(message("double", "2", "std::vector<int>")));
+    EXPECT_EQ(failureOf([] { getIntVector(BVariant("x")); }),
+              runtimeError(message("std::string", "1", "std::vector<int>")));
+    EXPECT_EQ(failureOf([] { getIntVector(BVariant()); }), runtimeError("unknown type"));
 }
 } // namespace Brindle::Quay

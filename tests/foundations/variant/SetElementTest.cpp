@@ -21,7 +21,7 @@ template <class T>
 class SetElementOf : public ::testing::Test
 {
 };
-TYPED_TEST_SUITE(SetElementOf, ElementTypes);
+TYPED_TEST_SUITE(SetElementOf, ElementTypes, ElementTypeName);
 
 TYPED_TEST(SetElementOf, WritesWhatElementAtReads)
 {

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <utility>
@@ -43,7 +44,7 @@ template <class T>
 class StorageOf : public ::testing::Test
 {
 };
-TYPED_TEST_SUITE(StorageOf, ElementTypes);
+TYPED_TEST_SUITE(StorageOf, ElementTypes, ElementTypeName);
 
 TYPED_TEST(StorageOf, BuildsAScalarInABuffer)
 {
@@ -73,7 +74,7 @@ TYPED_TEST(StorageOf, BuildsAScalarInABuffer)
 
 TYPED_TEST(StorageOf, CreatesAnArrayAlignedToACacheLine)
 {
-    for (std::uint64_t count : {1, 3, 100, 100000}) {
+    for (std::uint64_t count : Sizes{1, 3, 100, 100000}) {
         const BVariant created = createArray(WellKnownType::of<TypeParam>(), {count});
         EXPECT_TRUE(isAligned(created.constData(), 64)) << count;
         const BVariant raw = createUninitializedArray(WellKnownType::of<TypeParam>(), {count});
@@ -283,6 +284,22 @@ TEST(HostPayloadReads, PassTheirFailureOn)
     EXPECT_EQ(ToDoubles(variant), (Doubles{1, 2}));
 }
 
+TEST(HostPayloadReads, ThatFailAreFalseWhereAnOperationOnlyTries)
+{
+    HostPayload::Log log;
+    log.fails = true;
+    const BVariant one = HostPayload::make(&log, {1}, {1});
+    double number = 7;
+    int integer = 7;
+    std::vector<int> integers{7};
+    EXPECT_FALSE(tryGetScalar<double>(one, &number));
+    EXPECT_FALSE(tryGetScalar<int>(one, &integer));
+    EXPECT_FALSE(tryGetIntVector(one, &integers));
+    EXPECT_EQ(number, 7);
+    EXPECT_EQ(integer, 7);
+    EXPECT_EQ(integers, std::vector<int>{7});
+}
+
 // A payload that reads runs without all of its data, and must never be asked for all of it.
 namespace {
 class PiecewisePayload : public HostPayload
@@ -312,6 +329,19 @@ TEST(HostPayloadReads, OfARunTakeTheShorterWay)
     copyElements(variant, 17, 2, target);
     EXPECT_THAT(target, ElementsAre(17, 18));
     EXPECT_EQ(log.reads, 0);
+}
+
+// A bool in a file or of a host may be any byte; it is true unless it is 0.
+TEST(BoolOfAnyByte, IsReadAsTrue)
+{
+    BVariant bools = createArray(WellKnownType::of<bool>(), {4});
+    const unsigned char bytes[] = {0, 1, 2, 255};
+    std::memcpy(bools.mutableData(), bytes, sizeof bytes);
+    for (std::uint64_t i = 0; i < 4; ++i)
+        EXPECT_EQ(getScalar<bool>(elementAt(bools, {i})), i != 0) << i;
+    EXPECT_EQ(ToDoubles(bools), (Doubles{0, 1, 1, 1}));
+    EXPECT_EQ(ToDoubles(slice(bools, {IndexSet(IndexRange(0, 3, 3))})), (Doubles{0, 1}));
+    EXPECT_EQ(ToDoubles(bools.reordered(columnMajor)), (Doubles{0, 1, 1, 1}));
 }
 
 // A payload of code 32 whose type is void counts as null.
