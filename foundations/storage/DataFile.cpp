@@ -1,10 +1,12 @@
 #include "foundations/storage/DataFile.h"
 
 #include "foundations/storage/DataFileFactory.h"
+#include "foundations/storage/FileIdentity_p.h"
+#include "foundations/storage/OneLine_p.h"
 #include "foundations/storage/OpenDataFiles_p.h"
+#include "foundations/storage/StorageMutex_p.h"
 
-#include <QFileInfo>
-
+#include <mutex>
 #include <utility>
 
 namespace Orrery {
@@ -24,30 +26,40 @@ DataFile::~DataFile()
 
 ERESULT DataFile::SaveAs(const QString& path, QString* why)
 {
-    const auto refuse = [why](ERESULT code, const QString& text) {
+    const auto refuse = [&](ERESULT code, const char* reason) {
         if (why)
-            *why = text;
+            *why =
+                OneLine((path.isEmpty() ? QString() : path + QStringLiteral(": ")) + QLatin1String(reason));
         return code;
     };
     if (path.isEmpty())
-        return refuse(ER_INVALID_ARGUMENT, QStringLiteral("no path to save to"));
+        return refuse(ER_INVALID_ARGUMENT, "no path to save to");
 
-    OpenDataFiles& open = OpenDataFiles::Instance();
-    const std::shared_ptr<DataFile> other = open.Find(path);
+    // Nobody may open the path between the look and the save.
+    const std::lock_guard<std::recursive_mutex> lock(StorageMutex());
+    if (m_mode == ReadOnly && CanonicalPath(path) == CanonicalPath(m_path))
+        return refuse(ER_FAILED, "the file was opened read-only");
+    const std::shared_ptr<DataFile> other = OpenDataFiles::Instance().Find(path);
     if (other && other.get() != this)
-        return refuse(ER_ALREADY_EXISTS, path + QStringLiteral(": another open data file has this path"));
-    if (other && m_mode == ReadOnly)
-        return refuse(ER_FAILED, path + QStringLiteral(": the file was opened read-only"));
+        return refuse(ER_ALREADY_EXISTS, "another open data file has this path");
 
     const QString formerPath = std::exchange(m_path, path);
     const OpenMode formerMode = std::exchange(m_mode, ReadWrite);
-    const ERESULT code = Save(why);
-    if (code < 0) {
+    const auto goBack = [&] {
         m_path = formerPath;
         m_mode = formerMode;
-        return code;
+    };
+    ERESULT code = ER_FAILED;
+    try {
+        code = Save(why);
+    } catch (...) {
+        goBack();
+        throw;
     }
-    open.Moved(this);
+    if (code < 0)
+        goBack();
+    else
+        OpenDataFiles::Instance().Moved(this);
     return code;
 }
 
@@ -109,6 +121,12 @@ DataFile::RootProperty::~RootProperty()
     // A host may destroy the root of a file that it holds; the file must not touch it again.
     if (m_file && m_file->m_root == this)
         m_file->m_root = nullptr;
+}
+
+DataFile::RootProperty& DataFile::RootProperty::operator=(const RootProperty& other)
+{
+    PropertyObject::operator=(other);
+    return *this;
 }
 
 const QString& DataFile::RootProperty::StaticType()

@@ -54,7 +54,8 @@ public:
     /// Write the tree to another path, which is GetPath() from then on. A file opened ReadOnly becomes
     /// ReadWrite at its new place; its own path is refused.
     ///
-    /// Errors: as Save; also ER_ALREADY_EXISTS while another open data file has that path.
+    /// Errors: as Save; also ER_ALREADY_EXISTS while another open data file has that path. Path and mode stay
+    ///         what they were, also when Save throws.
     ERESULT SaveAs(const QString& path, QString* why = nullptr);
 
     /// The root folder; null after Close. Owned by this file while OwnsFileContents() is set.
@@ -92,7 +93,11 @@ class ORRERYCORE_EXPORT DataFile::RootProperty : public PropertyObject
 public:
     /// `file` is not owned and must outlive the folder; null for a root without a file.
     explicit RootProperty(DataFile* file);
+    RootProperty(const RootProperty&) = delete;
     ~RootProperty() override;
+
+    /// The children of the other root replace those of this one; the file stays.
+    RootProperty& operator=(const RootProperty& other);
 
     static const QString& StaticType();
     const QString& PropertyObjType() const override;

@@ -2,6 +2,7 @@
 
 #include "foundations/storage/FileIdentity_p.h"
 #include "foundations/storage/Hdf5DataFile_p.h"
+#include "foundations/storage/OneLine_p.h"
 #include "foundations/storage/OpenDataFiles_p.h"
 #include "foundations/storage/StorageMutex_p.h"
 
@@ -39,7 +40,7 @@ DataFileFactory::Creator FindCreator(const QString& fileType)
 ERESULT Refuse(ERESULT code, QString* why, const QString& text)
 {
     if (why)
-        *why = text;
+        *why = OneLine(text);
     return code;
 }
 

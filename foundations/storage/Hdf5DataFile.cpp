@@ -5,6 +5,7 @@
 #include "foundations/storage/Hdf5CatalogueIo_p.h"
 #include "foundations/storage/Hdf5WriteDriver_p.h"
 #include "foundations/storage/NameCodec_p.h"
+#include "foundations/storage/OneLine_p.h"
 #include "foundations/storage/OpenDataFiles_p.h"
 #include "foundations/storage/ReplacementFile_p.h"
 #include "foundations/storage/StorageError_p.h"
@@ -25,20 +26,6 @@
 namespace Orrery {
 
 namespace {
-
-// A path or a name may hold line breaks, and a reason is one line.
-QString OneLine(const QString& text)
-{
-    QString line;
-    for (const QChar unit : text) {
-        if (unit.category() == QChar::Other_Control || unit == QChar::LineSeparator ||
-            unit == QChar::ParagraphSeparator)
-            line += QStringLiteral("\\x%1").arg(unit.unicode(), 2, 16, QLatin1Char('0'));
-        else
-            line += unit;
-    }
-    return line;
-}
 
 // Run a load or a save and turn what it throws into a code and one line.
 template <class Operation>
@@ -195,6 +182,7 @@ ERESULT Hdf5DataFile::Close()
 void Hdf5DataFile::LoadOrThrow()
 {
     const Hdf5Session session;
+    const FileIdentity identity = FileIdentity::Of(GetPath());
     const Hdf5Handle file = OpenForReading(GetPath());
     Catalogue catalogue;
     const QByteArray uid = Hdf5CatalogueIo::Read(file.Id(), &catalogue);
@@ -216,6 +204,7 @@ void Hdf5DataFile::LoadOrThrow()
     auto root = std::make_unique<RootProperty>(this);
     TreeReader(catalogue, GetPath(), readArray).Read(root.get());
     ReplaceRoot(std::move(root));
+    OpenDataFiles::Instance().Loaded(this, identity);
     m_uid = uid;
     m_uidPath = CanonicalPath(GetPath());
 }

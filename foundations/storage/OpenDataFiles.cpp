@@ -34,6 +34,15 @@ void OpenDataFiles::Add(const std::shared_ptr<DataFile>& file, const FileIdentit
     m_byPath.insert(key, Entry{file.get(), file, identity});
 }
 
+void OpenDataFiles::Loaded(const DataFile* file, const FileIdentity& identity)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto found = std::find_if(m_byPath.begin(), m_byPath.end(),
+                                    [file](const Entry& entry) { return entry.file == file; });
+    if (found != m_byPath.end())
+        found->identity = identity;
+}
+
 void OpenDataFiles::Moved(DataFile* file)
 {
     const QString key = CanonicalPath(file->GetPath());

@@ -28,6 +28,9 @@ public:
     /// `identity` is that of the file on disk from before it was read.
     void Add(const std::shared_ptr<DataFile>& file, const FileIdentity& identity);
 
+    /// `file` now holds what that state of the file on disk holds; nothing happens if it isn't known.
+    void Loaded(const DataFile* file, const FileIdentity& identity);
+
     /// `file` has a new path, under which it is known from here on; one that nobody shares isn't.
     void Moved(DataFile* file);
 

@@ -43,29 +43,44 @@ TreeReader::TreeReader(const Catalogue& catalogue, const QString& filePath, Arra
 void TreeReader::Read(DataFile::RootProperty* root)
 {
     root->SetPropertyFlags(m_catalogue.rows[0].flags);
-    m_open.assign(1, {0, root});
+    m_open.clear();
+    m_open.emplace_back(std::size_t(0), PropertyHandle(root));
     for (std::size_t i = 1; i < m_catalogue.rows.size(); ++i) {
         const Row& row = m_catalogue.rows[i];
         Finish(row.parent);
         std::unique_ptr<AbstractProperty> node = MakeNode(i);
         node->SetPropertyFlags(row.flags);
-        if (m_open.back().second->InsertOrReplaceProperty(node.get()) < 0)
+        const PropertyHandle handle(node.get());
+        if (OpenFolder(i).InsertOrReplaceProperty(node.get()) < 0 && handle.Get())
             Fail(i, QStringLiteral("can't take its place in the tree"));
-        AbstractProperty* const inserted = node.release();
+        static_cast<void>(node.release()); // the tree's now
         if (row.kind == KindFolder)
-            m_open.emplace_back(i, static_cast<PropertyObject*>(inserted));
+            m_open.emplace_back(i, handle);
     }
     Finish(NoParent);
+}
+
+// Handlers of a host run while its objects are filled, and one of them may have destroyed the folder.
+PropertyObject& TreeReader::OpenFolder(std::size_t index) const
+{
+    AbstractProperty* const folder = m_open.back().second.Get();
+    if (!folder)
+        Fail(index, QStringLiteral("its folder was destroyed while it was loaded"));
+    return *static_cast<PropertyObject*>(folder);
 }
 
 // Ends the folders that have all their children, down to the one that gets the next child.
 void TreeReader::Finish(std::size_t parent)
 {
     while (!m_open.empty() && m_open.back().first != parent) {
-        const auto [index, folder] = m_open.back();
+        const std::size_t index = m_open.back().first;
+        PropertyObject& folder = OpenFolder(index);
         m_open.pop_back();
         try {
-            folder->OnDeserialization();
+            folder.OnDeserialization();
+        } catch (const OrreryException& error) {
+            Fail(index, QStringLiteral("its object refuses it, with the code %1").arg(error.GetResult()),
+                 error.GetResult());
         } catch (const std::exception& error) {
             Fail(index, QString::fromUtf8(error.what()));
         } catch (...) {
@@ -136,9 +151,9 @@ std::unique_ptr<AbstractProperty> TreeReader::MakeReference(const Row& row) cons
     return reference;
 }
 
-void TreeReader::Fail(std::size_t index, const QString& what) const
+void TreeReader::Fail(std::size_t index, const QString& what, ERESULT code) const
 {
-    throw StorageError(m_catalogue.Path(index) + QStringLiteral(": ") + what);
+    throw StorageError(m_catalogue.Path(index) + QStringLiteral(": ") + what, code);
 }
 
 } // namespace Orrery

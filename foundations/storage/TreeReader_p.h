@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundations/property/PropertyHandle.h"
 #include "foundations/property/PropertyObject.h"
 #include "foundations/storage/Catalogue_p.h"
 #include "foundations/storage/DataFile.h"
@@ -38,13 +39,14 @@ private:
     std::unique_ptr<AbstractProperty> MakeSimple(std::size_t index) const;
     std::unique_ptr<AbstractProperty> MakeReference(const CatalogueFormat::Row& row) const;
     void Finish(std::size_t parent);
-    [[noreturn]] void Fail(std::size_t index, const QString& what) const;
+    PropertyObject& OpenFolder(std::size_t index) const;
+    [[noreturn]] void Fail(std::size_t index, const QString& what, ERESULT code = ER_FAILED) const;
 
     const Catalogue& m_catalogue;
     QString m_filePath;
     ArraySource m_arrays;
-    std::vector<std::pair<std::size_t, PropertyObject*>>
-        m_open; ///< folders that are being filled, root first
+    /// Folders that are being filled, root first.
+    std::vector<std::pair<std::size_t, PropertyHandle>> m_open;
 };
 
 } // namespace Orrery

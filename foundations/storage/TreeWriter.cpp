@@ -1,5 +1,6 @@
 #include "foundations/storage/TreeWriter_p.h"
 
+#include "foundations/property/NodeAccess_p.h"
 #include "foundations/property/PropertyReference.h"
 #include "foundations/property/SimpleProperty.h"
 #include "foundations/storage/ElementTypes_p.h"
@@ -56,11 +57,12 @@ void TreeWriter::WriteFolder(const PropertyObject& folder, std::uint32_t parent)
 
 void TreeWriter::WriteNode(const AbstractProperty& node, std::uint32_t parent)
 {
-    if (node.IsPropertyObject())
-        WriteFolder(static_cast<const PropertyObject&>(node), parent);
-    else if (node.IsSimpleProperty())
+    // By the class itself: a host's override of the flags may claim anything.
+    if (const PropertyObject* const folder = Internal::NodeAccess::asFolder(node))
+        WriteFolder(*folder, parent);
+    else if (Internal::NodeAccess::isSimple(node))
         WriteSimple(static_cast<const SimpleProperty&>(node), parent);
-    else if (node.IsPropertyReference())
+    else if (Internal::NodeAccess::isReference(node))
         WriteReference(static_cast<const PropertyReference&>(node), parent);
     else
         throw StorageError(node.GetFullPath() + QStringLiteral(": a node of type '") +
