@@ -245,6 +245,29 @@ TEST_F(AtomicSave, LetsTheProcessEndAfterAFailedSave)
     EXPECT_TRUE(ReadFile(m_path) == m_bytes);
 }
 
+// So many groups and datasets that HDF5 asks for parts of the file again that could never be written.
+TEST_F(AtomicSave, BearsAFullDiskInTheMiddleOfALargeStructure)
+{
+    const QString path = m_folder.Path(QStringLiteral("large.h5"));
+    const auto file = SaveNew(path, [](PropertyObject& root) {
+        for (int i = 0; i < 10'000; ++i)
+            AddValue(*AddFolder(root, QString::number(i)), QStringLiteral("Data"),
+                     BVariant(std::vector<int>{i}));
+    });
+    const auto size = static_cast<unsigned long>(QFileInfo(path).size());
+    for (unsigned long limit = 1; limit < size; limit += size / 5) {
+        const int end = RunInChild([&] {
+            LimitFileSize(limit, /*survive=*/true);
+            if (TrySave(*file).code != ER_FAILED || !m_folder.Strays().isEmpty())
+                return 1;
+            LimitFileSize(0, /*survive=*/true);
+            return file->Save() < 0 ? 2 : 0;
+        });
+        EXPECT_EQ(end, 0) << "limit " << limit;
+    }
+    EXPECT_EQ(m_folder.Strays(), QStringList());
+}
+
 struct PlaceCase
 {
     const char* name;
