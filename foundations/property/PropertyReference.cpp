@@ -74,6 +74,13 @@ QString typeOf(const DataFile* file)
     return file ? file->GetFileType() : QString();
 }
 
+// Without a file's path there is no way back into the other tree: an absolute path alone would be looked up in
+// the tree of the reference.
+bool hasFilePath(const AbstractProperty& target)
+{
+    return !pathOf(target.GetDataFile()).isEmpty();
+}
+
 } // namespace
 
 PropertyReference::PropertyReference()
@@ -155,8 +162,11 @@ AbstractProperty* PropertyReference::ResolveExternalRef() const
 
 QString PropertyReference::ReferencePath() const
 {
-    if (const AbstractProperty* const target = ReachableTarget())
-        return areInOneTree(*this, *target) ? relativePath(*this, *target) : target->GetFullPath();
+    if (const AbstractProperty* const target = ReachableTarget()) {
+        if (areInOneTree(*this, *target))
+            return relativePath(*this, *target);
+        return hasFilePath(*target) ? target->GetFullPath() : QString();
+    }
     TakeOverDeparture();
     return m_path;
 }
@@ -294,12 +304,10 @@ void PropertyReference::RememberPathOf(const AbstractProperty& target) const
         m_path = relativePath(*this, target);
         return;
     }
-    // Without a file's path there is no way back into the other tree; an absolute path alone would be
-    // looked up in this one.
     const DataFile* const file = target.GetDataFile();
     m_filePath = pathOf(file);
     m_fileType = typeOf(file);
-    m_path = m_filePath.isEmpty() ? QString() : target.GetFullPath();
+    m_path = hasFilePath(target) ? target.GetFullPath() : QString();
 }
 
 // A target that is gone for good has told all that it can, once its path is taken over.

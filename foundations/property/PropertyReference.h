@@ -45,7 +45,8 @@ protected:
     virtual AbstractProperty* GetPropertyRef() const;
 
 public:
-    /// The path of the target; empty for a reference that isn't set.
+    /// The path of the target; empty for a reference that isn't set, and for a target in another tree that
+    /// belongs to no file, to which no path leads.
     virtual QString ReferencePath() const;
 
     /// The path of the file that holds the target; empty for a target in the same tree.

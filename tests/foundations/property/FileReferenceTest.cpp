@@ -137,6 +137,17 @@ TEST_F(FileReference, IsMadeByFolders)
     EXPECT_EQ(outside.GetPropertyCount(), 0);
 }
 
+TEST_F(FileReference, TellsNoPathToARootThatItsFileHasLetGo)
+{
+    const std::unique_ptr<PropertyObject> kept(there.GetRoot());
+    there.SetOwnsFileContents(false);
+    ASSERT_EQ(there.Close(), ER_SUCCESS);
+    EXPECT_EQ(reference->Resolve(), target);
+    EXPECT_TRUE(reference->ReferencePath().isEmpty());
+    EXPECT_TRUE(reference->ReferenceFilePath().isEmpty());
+    EXPECT_TRUE(reference->ReferenceFileType().isEmpty());
+}
+
 TEST_F(FileReference, WorksBetweenRootsWithoutAFile)
 {
     RootLikeFolder first(QStringLiteral("Root"));
@@ -144,9 +155,10 @@ TEST_F(FileReference, WorksBetweenRootsWithoutAFile)
     const HostFolder* inside = addFolder(second, QStringLiteral("inside"));
     const PropertyReference* across = addReference(first, QStringLiteral("r"), *inside);
     EXPECT_EQ(across->Resolve(), inside);
-    EXPECT_EQ(across->ReferencePath(), QStringLiteral("/inside"));
+    EXPECT_TRUE(across->ReferencePath().isEmpty()); // "/inside" would be looked up in the reference's tree
     EXPECT_TRUE(across->ReferenceFilePath().isEmpty());
     delete inside;
+    EXPECT_TRUE(across->ReferencePath().isEmpty());
     EXPECT_EQ(across->Resolve(), nullptr);
 }
 
