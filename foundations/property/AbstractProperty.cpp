@@ -60,8 +60,8 @@ AbstractProperty* AbstractProperty::Clone() const
     AbstractProperty* const clone = DoClone();
     if (!clone || clone == this)
         return nullptr;
-    if (clone->m_parent)
-        clone->m_parent->RemoveProperty(clone->m_name);
+    if (clone->m_parent && clone->m_parent->TakeProperty(clone->m_name) != clone)
+        return nullptr; // a handler has destroyed it, or given it away
     clone->m_name = name;
     clone->m_propertyFlags = flags;
     return clone;

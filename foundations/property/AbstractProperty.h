@@ -74,7 +74,7 @@ private:
 
 public:
     /// A copy with the name and the flags of this node and without a parent, owned by the caller; null when
-    /// DoClone makes none.
+    /// DoClone makes none, or one in a folder that a handler destroys or moves while it is taken out.
     AbstractProperty* Clone() const;
 
     QString GetName() const { return m_name; }

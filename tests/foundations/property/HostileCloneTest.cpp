@@ -173,6 +173,31 @@ TEST_F(HostileClone, MayMakeAChildOfSomething)
     ASSERT_EQ(source->DeleteProperty(QStringLiteral("odd")), ER_SUCCESS);
 }
 
+TEST_F(HostileClone, MayMakeAChildThatItsHandlerDestroys)
+{
+    PropertyObject elsewhere;
+    HostFolder* made = addFolder(elsewhere, QStringLiteral("made"), &life);
+    made->onPathChanged = [](HostFolder& folder) { delete &folder; };
+    auto* odd = new OddlyCloned(made);
+    ASSERT_EQ(source->InsertProperty(odd), ER_SUCCESS);
+    EXPECT_EQ(odd->Clone(), nullptr);
+    EXPECT_EQ(elsewhere.GetPropertyCount(), 0);
+    ASSERT_EQ(source->DeleteProperty(QStringLiteral("odd")), ER_SUCCESS);
+}
+
+TEST_F(HostileClone, MayMakeAChildThatItsHandlerGivesAway)
+{
+    PropertyObject elsewhere;
+    PropertyObject receiver;
+    HostFolder* made = addFolder(elsewhere, QStringLiteral("made"), &life);
+    made->onPathChanged = [&](HostFolder& folder) { receiver.InsertOrReplaceProperty(&folder); };
+    auto* odd = new OddlyCloned(made);
+    ASSERT_EQ(source->InsertProperty(odd), ER_SUCCESS);
+    EXPECT_EQ(odd->Clone(), nullptr);
+    EXPECT_EQ(receiver.GetPropertyPtr(QStringLiteral("made")), made);
+    ASSERT_EQ(source->DeleteProperty(QStringLiteral("odd")), ER_SUCCESS);
+}
+
 AbstractProperty* makeChain(int depth)
 {
     auto top = std::make_unique<PropertyObject>(QStringLiteral("d"));
