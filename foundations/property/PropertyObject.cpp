@@ -255,21 +255,28 @@ ERESULT PropertyObject::GetProperty(const QString& name, QString* value) const
 
 ERESULT PropertyObject::SetPropertyRef(const QString& name, const AbstractProperty* target)
 {
-    if (!CanReferenceProperty(target))
+    const PropertyHandle aim(target); // empty for a target that is being destroyed
+    if (!aim.Get() || !CanBindChild(name, *target))
         return ER_INVALID_ARGUMENT;
     AbstractProperty* const former = GetPropertyPtr(name);
-    if (former && former == target)
-        return ER_INVALID_ARGUMENT;
     if (former && NodeAccess::isReference(*former)) {
+        const PropertyHandle self(this);
         auto* const reference = static_cast<PropertyReference*>(former);
         const ERESULT code = reference->SetPropertyRef(target);
-        // A reference that answers by other means than its path isn't bound by that; it is replaced below.
+        // A reference that answers by other means than its path isn't bound by that; it is replaced below,
+        // unless the answer has changed the tree.
         if (code < 0 || reference->Resolve() == target)
             return code;
-    } else if (former && Internal::isSelfOrAbove(*former, *target)) {
-        return ER_INVALID_ARGUMENT;
+        if (!self.Get() || !aim.Get() || !CanBindChild(name, *target))
+            return ER_FAILED;
     }
     return ReplaceByReference(name, target);
+}
+
+bool PropertyObject::CanBindChild(const QString& name, const AbstractProperty& target) const
+{
+    const AbstractProperty* const former = GetPropertyConstPtr(name);
+    return CanReferenceProperty(&target) && !(former && Internal::isSelfOrAbove(*former, target));
 }
 
 // The nodes that are called on the way may destroy each other, so each step asks who is still there.

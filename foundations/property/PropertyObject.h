@@ -131,8 +131,10 @@ public:
     /// Bind the PropertyReference of that name to the target. It is made when it is missing, and takes the
     /// place of a child of another kind.
     ///
-    /// Errors: ER_INVALID_ARGUMENT for a null target, one that can't be referenced from here, and one that
-    ///         lies in the child that would have to go; then the former child is kept and no new one left.
+    /// Errors: ER_INVALID_ARGUMENT for a null target, one that is being destroyed, one that can't be
+    ///         referenced from here, and one that lies in the child that would have to go; then the former
+    ///         child is kept and no new one left. ER_FAILED if code of the host that runs on the way
+    ///         destroys the target or this folder, or puts the target out of reach.
     ERESULT SetPropertyRef(const QString& name, const AbstractProperty* target);
 
     /// Fill the list with the children in the order of their names; former entries go.
@@ -179,6 +181,7 @@ private:
     ERESULT CheckInsertion(const AbstractProperty* property) const;
     ERESULT InsertAt(Children::const_iterator place, AbstractProperty* property);
     ERESULT ReplaceBy(AbstractProperty* property, Children::iterator former);
+    bool CanBindChild(const QString& name, const AbstractProperty& target) const;
     ERESULT ReplaceByReference(const QString& name, const AbstractProperty* target);
     void Link(Children::const_iterator hint, AbstractProperty* property);
     AbstractProperty* Unlink(Children::iterator position);

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 
 namespace Orrery {
@@ -457,6 +458,97 @@ TEST_F(Reference, ResolvesThroughItsVirtualOperation)
     EXPECT_FALSE(reference.IsRefPropertyObject());
     const PropertyReference& base = reference;
     EXPECT_EQ(base.ReferencePath(), QStringLiteral("as told"));
+}
+
+/// Answers by what a test does in its virtual operation.
+class ScriptedReference : public PropertyReference
+{
+public:
+    using PropertyReference::PropertyReference;
+    std::function<AbstractProperty*()> answer;
+
+protected:
+    AbstractProperty* GetPropertyRef() const override
+    {
+        const auto script = answer; // a copy of its own: the script may destroy this reference
+        return script();
+    }
+};
+
+class ScriptedAnswer : public Reference
+{
+protected:
+    ScriptedAnswer()
+        : scripted(new ScriptedReference(QStringLiteral("r")))
+    {
+        EXPECT_EQ(left->InsertProperty(scripted), ER_SUCCESS);
+    }
+
+    ERESULT set() { return left->SetPropertyRef(QStringLiteral("r"), y); }
+
+    ScriptedReference* scripted;
+};
+
+TEST_F(ScriptedAnswer, ThatIsNotTheTargetMakesTheReferenceGo)
+{
+    scripted->answer = [] { return nullptr; };
+    ASSERT_EQ(set(), ER_SUCCESS);
+    const auto* fresh = left->GetPtr<PropertyReference>(QStringLiteral("r"));
+    ASSERT_NE(fresh, nullptr);
+    EXPECT_EQ(fresh->PropertyObjType(), PropertyReference::StaticType());
+    expectTarget(fresh, y, "../../right/y");
+}
+
+TEST_F(ScriptedAnswer, ThatIsTheTargetKeepsTheReference)
+{
+    scripted->answer = [this] { return y; };
+    ASSERT_EQ(set(), ER_SUCCESS);
+    EXPECT_EQ(left->GetPropertyPtr(QStringLiteral("r")), scripted);
+}
+
+TEST_F(ScriptedAnswer, MayDestroyTheTarget)
+{
+    scripted->answer = [this] {
+        right->DeleteProperty(QStringLiteral("y"));
+        return nullptr;
+    };
+    EXPECT_EQ(set(), ER_FAILED);
+    EXPECT_EQ(left->GetPropertyPtr(QStringLiteral("r")), scripted); // kept
+}
+
+TEST_F(ScriptedAnswer, MayDestroyTheFolder)
+{
+    scripted->answer = [this] {
+        delete left;
+        return nullptr;
+    };
+    EXPECT_EQ(set(), ER_FAILED);
+    EXPECT_EQ(childNames(*top), QStringList{QStringLiteral("right")});
+}
+
+TEST_F(ScriptedAnswer, MayPutTheTargetOutOfReach)
+{
+    std::unique_ptr<AbstractProperty> taken;
+    scripted->answer = [&] {
+        taken.reset(right->TakeProperty(QStringLiteral("y")));
+        return nullptr;
+    };
+    EXPECT_EQ(set(), ER_FAILED);
+    EXPECT_EQ(left->GetPropertyPtr(QStringLiteral("r")), scripted);
+}
+
+TEST_F(Reference, IsNotMadeInPlaceOfAChildForATargetThatIsBeingDestroyed)
+{
+    const AbstractProperty* const dying = top.get();
+    ERESULT code = ER_SUCCESS;
+    const AbstractProperty* kept = nullptr;
+    left->onDestroy = [&](HostFolder&) {
+        code = right->SetPropertyRef(QStringLiteral("y"), dying);
+        kept = right->GetPropertyPtr(QStringLiteral("y"));
+    };
+    top.reset();
+    EXPECT_EQ(code, ER_INVALID_ARGUMENT);
+    EXPECT_EQ(kept, y);
 }
 
 AbstractProperty* s_external = nullptr;
