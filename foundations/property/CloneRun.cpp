@@ -8,8 +8,31 @@
 
 namespace Orrery::Internal {
 
+namespace {
+
+// The run that calls a DoClone in this thread; those around it wait for it.
+thread_local const CloneRun* s_running = nullptr;
+
+class Running
+{
+public:
+    explicit Running(const CloneRun* run)
+        : m_outer(std::exchange(s_running, run))
+    {
+    }
+    ~Running() { s_running = m_outer; }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+
+private:
+    const CloneRun* m_outer;
+};
+
+} // namespace
+
 CloneRun::CloneRun(const PropertyObject& source, const PropertyObject& target)
     : m_source(&source)
+    , m_nested(s_running && s_running->m_current == &source)
     , m_sourceName(NodeAccess::name(source))
     , m_target(&target)
 {
@@ -24,8 +47,9 @@ CloneRun::~CloneRun() = default;
 
 void CloneRun::run()
 {
-    while (const AbstractProperty* const child = next())
-        keep(child->Clone());
+    const Running running(this);
+    while ((m_current = next()))
+        keep(m_current->Clone());
 }
 
 const AbstractProperty* CloneRun::next()

@@ -35,6 +35,10 @@ public:
 
     Clones takeClones();
 
+    /// Whether the source is cloned just now as the child of another run. Then that run sees to the depth and to
+    /// the references of the whole, which is done once that way and not anew at every level.
+    bool isNested() const { return m_nested; }
+
     /// How many folders stand on the longest way down through the clones.
     int height() const;
     const QString& sourceName() const { return m_sourceName; }
@@ -46,7 +50,9 @@ private:
     const AbstractProperty* next();
     void keep(AbstractProperty* clone);
 
-    const PropertyObject* m_source; // only compared
+    const PropertyObject* m_source;              // only compared
+    const AbstractProperty* m_current = nullptr; // the child whose turn it is; only compared
+    bool m_nested;
     QString m_sourceName;
     PropertyHandle m_target;
     std::vector<PropertyHandle> m_children;

@@ -55,6 +55,10 @@ struct NodeAccess
     {
         static_cast<const PropertyReference&>(reference).RememberLostTarget();
     }
+    static void bindByPath(const AbstractProperty& reference)
+    {
+        static_cast<const PropertyReference&>(reference).BindByPath();
+    }
     static void rememberPath(const AbstractProperty& reference)
     {
         static_cast<const PropertyReference&>(reference).RememberPath();

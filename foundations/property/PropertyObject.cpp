@@ -1,5 +1,6 @@
 #include "foundations/property/PropertyObject.h"
 
+#include "foundations/property/BindReferences_p.h"
 #include "foundations/property/CloneRun_p.h"
 #include "foundations/property/NodeAccess_p.h"
 #include "foundations/property/NumberedChildren_p.h"
@@ -35,15 +36,19 @@ PropertyObject::PropertyObject(const PropertyObject& other)
     m_kind = Kind::Folder;
     const auto cloning = std::make_unique<CloneRun>(other, *this);
     cloning->run();
-    ExpectRoomFor(cloning->height());
+    if (!cloning->isNested())
+        ExpectRoomFor(cloning->height());
     Adopt(cloning->takeClones());
+    if (!cloning->isNested())
+        Internal::bindReferences(*this);
 }
 
 PropertyObject& PropertyObject::operator=(const PropertyObject& other)
 {
     if (this == &other || m_doomed)
         return *this;
-    if (Internal::folderDepth(*this) > Internal::folderDepth(other)) // else it fits where the other one fits
+    if (m_parent &&
+        Internal::folderDepth(*this) > Internal::folderDepth(other)) // else it fits where the other one fits
         ExpectRoomFor(Internal::folderHeight(other) - 1);
     // First all that may throw; the other folder may be one of those that go, so it isn't touched afterwards.
     const auto cloning = std::make_unique<CloneRun>(other, *this);
@@ -62,7 +67,9 @@ void PropertyObject::ExpectRoomFor(int height) const
 
 void PropertyObject::ReplaceChildren(CloneRun& cloning)
 {
-    ExpectRoomFor(cloning.height());
+    const bool whole = m_parent || !cloning.isNested();
+    if (whole)
+        ExpectRoomFor(cloning.height());
     const bool fresh = m_name.isEmpty() && !m_parent;
     if (fresh)
         m_name = cloning.sourceName();
@@ -71,6 +78,8 @@ void PropertyObject::ReplaceChildren(CloneRun& cloning)
         HandChildrenTo(&doomed);
         Adopt(cloning.takeClones());
     }
+    if (whole && cloning.targetLives())
+        Internal::bindReferences(*this);
     if (!fresh && cloning.targetLives())
         Internal::tellPathChangedBelow(*this);
 }

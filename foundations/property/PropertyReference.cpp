@@ -274,6 +274,13 @@ AbstractProperty* PropertyReference::LookUp() const
     return found;
 }
 
+// A path that hasn't been followed yet. One into another file is the host's resolver's to follow.
+void PropertyReference::BindByPath() const
+{
+    if (m_filePath.isEmpty() && !NodeAccess::life(m_target))
+        static_cast<void>(LookUp());
+}
+
 void PropertyReference::ForgetPath() const
 {
     m_path.clear();
@@ -284,6 +291,7 @@ void PropertyReference::ForgetPath() const
 // To be called while a reachable target may soon be out of reach.
 void PropertyReference::RememberPath() const
 {
+    BindByPath();
     if (const AbstractProperty* const target = ReachableTarget())
         RememberPathOf(*target);
     else

@@ -16,6 +16,8 @@ namespace Orrery {
 /// A path is relative ("../../x", from the reference itself) for a target in the same tree, and absolute, with
 /// the path and the type of the file, for one in another. A copy keeps the path only: what leads inside a
 /// cloned folder leads inside the clone, the rest resolves from its new place.
+/// Copies that are made with the folder around them, and references of a loaded file, are bound as soon as the
+/// whole of it stands.
 ///
 /// Cost:   a bound reference is answered in a few loads for each folder above it and its target.
 class ORRERYCORE_EXPORT PropertyReference : public AbstractProperty
@@ -94,6 +96,7 @@ private:
     AbstractProperty* Target() const;
     AbstractProperty* ReachableTarget() const;
     AbstractProperty* LookUp() const;
+    void BindByPath() const;
     void ForgetPath() const;
     void RememberPath() const;
     void RememberLostTarget() const;

@@ -1,5 +1,6 @@
 #include "foundations/property/TreeWalk_p.h"
 
+#include "foundations/property/BindReferences_p.h"
 #include "foundations/property/NodeAccess_p.h"
 
 #include <algorithm>
@@ -229,6 +230,11 @@ void rememberLostTargets(const AbstractProperty& node)
 void rememberDepartures(const AbstractProperty& node)
 {
     walkFrom(node, DeparturesVisitor{node.GetRootProperty()});
+}
+
+void bindReferences(PropertyObject& root)
+{
+    walkFrom(root, ReferencesVisitor<&NodeAccess::bindByPath>());
 }
 
 void rememberTargets(const AbstractProperty& node)

@@ -235,5 +235,29 @@ TEST_F(HostileClone, ThatIsDeeperThanItsSourceMakesNoTreeTooDeep)
     ASSERT_EQ(source->DeleteProperty(QStringLiteral("odd")), ER_SUCCESS);
 }
 
+TEST_F(HostileClone, ThatIsTooDeepIsRefusedAboveAllTheFoldersThatAreCloned)
+{
+    HostFolder* inner = addFolder(*child("b"), QStringLiteral("inner"), &life);
+    ASSERT_EQ(inner->InsertProperty(new OddlyCloned(makeChain(PropertyObject::MaxDepth - 2))), ER_SUCCESS);
+    EXPECT_THROW(static_cast<void>(clone()), OrreryException);
+    ASSERT_EQ(inner->DeleteProperty(QStringLiteral("odd")), ER_SUCCESS);
+}
+
+TEST_F(HostileClone, OfAnotherFolderOnTheWayIsHeldToTheDepthToo)
+{
+    PropertyObject other;
+    ASSERT_EQ(other.InsertProperty(new OddlyCloned(makeChain(PropertyObject::MaxDepth))), ER_SUCCESS);
+    bool refused = false;
+    child("b")->onClone = [&] {
+        try {
+            const PropertyObject copy(other);
+        } catch (const OrreryException&) {
+            refused = true;
+        }
+    };
+    EXPECT_EQ(childNames(*clone()), childNames(*source));
+    EXPECT_TRUE(refused);
+}
+
 } // namespace
 } // namespace Orrery

@@ -273,6 +273,36 @@ TEST_F(Reference, OfACloneLeadsInsideTheClone)
     expectTarget(outside, nullptr, "../../right/y");
 }
 
+TEST_F(Reference, OfACloneFollowsBeforeAnybodyHasAsked)
+{
+    addReference(*left, QStringLiteral("inside"), *x);
+    const std::unique_ptr<AbstractProperty> clone(left->Clone());
+    auto* copy = dynamic_cast<PropertyObject*>(clone.get());
+    ASSERT_NE(copy, nullptr);
+    const AbstractProperty* inside = copy->GetPropertyPtr(QStringLiteral("x"));
+    ASSERT_EQ(copy->GetPropertyPtr(QStringLiteral("x"))->SetName(QStringLiteral("renamed")), ER_SUCCESS);
+    expectTarget(copy->GetPtr<PropertyReference>(QStringLiteral("inside")), inside, "../renamed");
+}
+
+TEST_F(Reference, OfAPlainCopyFollowsBeforeAnybodyHasAsked)
+{
+    addReference(*left, QStringLiteral("inside"), *x);
+    PropertyObject copy(*left);
+    AbstractProperty* inside = copy.GetPropertyPtr(QStringLiteral("x"));
+    ASSERT_EQ(inside->SetName(QStringLiteral("renamed")), ER_SUCCESS);
+    expectTarget(copy.GetPtr<PropertyReference>(QStringLiteral("inside")), inside, "../renamed");
+}
+
+TEST_F(Reference, RestoredFromAPathFollowsWhenItsFolderMovesBeforeAnybodyHasAsked)
+{
+    auto* reference = new PropertyReference(QStringLiteral("r"));
+    reference->RestorePath(QStringLiteral("../../right/y"));
+    ASSERT_EQ(left->InsertProperty(reference), ER_SUCCESS);
+    ASSERT_EQ(top->RemoveProperty(QStringLiteral("left")), ER_SUCCESS);
+    ASSERT_EQ(right->InsertProperty(left), ER_SUCCESS); // one level deeper
+    expectTarget(reference, y, "../../y");
+}
+
 TEST_F(Reference, OfACloneLeadsOutsideFromItsNewPlace)
 {
     addReference(*left, QStringLiteral("outside"), *y);
