@@ -55,17 +55,22 @@ function(orrery_add_library name)
         FILE_SET exports DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orrery)
 endfunction()
 
-# orrery_add_test(<name> SOURCES ... [LIBRARIES ...] [LABELS ...]): a GoogleTest program; each of its tests is
+# orrery_add_test(<name> SOURCES ... [LIBRARIES ...] [LABEL <label>]): a GoogleTest program; each of its tests is
 # one of CTest's.
 function(orrery_add_test name)
-    cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+    cmake_parse_arguments(arg "" "LABEL" "SOURCES;LIBRARIES" ${ARGN})
+    set(properties TIMEOUT 300)
+    if(arg_LABEL)
+        list(APPEND properties LABELS ${arg_LABEL})
+    endif()
     add_executable(${name} ${arg_SOURCES})
     orrery_target_defaults(${name})
     # What is tested is in the libraries; a test's own code is compiled often and run once.
-    target_compile_options(${name} PRIVATE -O0)
+    target_compile_options(${name} PRIVATE -O0
+        $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>) # GoogleTest's own macros
     target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock GTest::gtest_main)
     gtest_discover_tests(${name}
-        PROPERTIES LABELS "${arg_LABELS}" TIMEOUT 300
+        PROPERTIES ${properties}
         DISCOVERY_TIMEOUT 60)
 endfunction()
 

@@ -130,7 +130,9 @@ void WriteFile(int descriptor, TreeWriter* tree, const QByteArray& uid)
     const Hdf5Handle access = FileAccess();
     if (!driver.Use(access.Id()))
         throw StorageError(QStringLiteral("can't be written: ") + Hdf5Session::LastError());
-    Hdf5Handle file(H5Fcreate("replacement", H5F_ACC_TRUNC, H5P_DEFAULT, access.Id()), &H5Fclose);
+    const Hdf5Handle creation(H5Pcreate(H5P_FILE_CREATE), &H5Pclose);
+    H5Pset_obj_track_times(creation.Id(), false); // the same tree gives the same bytes
+    Hdf5Handle file(H5Fcreate("replacement", H5F_ACC_TRUNC, creation.Id(), access.Id()), &H5Fclose);
     if (!file.IsValid())
         throw StorageError(QStringLiteral("can't be written: ") + Hdf5Session::LastError());
     WriteArrays(file.Id(), driver, tree);

@@ -133,6 +133,9 @@ public:
     {
     }
 
+    /// No text: it would have no characters to read.
+    BVariantGeneric(std::nullptr_t) = delete;
+
     /// A text scalar. Explicit, so that no literal turns into a variant (or a bool) unasked.
     explicit BVariantGeneric(const char* text)
         : BVariantGeneric(std::in_place, std::string(text))

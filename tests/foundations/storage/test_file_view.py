@@ -154,6 +154,7 @@ class FileView(unittest.TestCase):
             header = raw[h5py.h5o.get_info(node.id).addr:][:6]
             self.assertEqual(header[:5], b"OHDR\2", name)
             self.assertEqual(header[5] & TIMES_ARE_STORED, 0, name)
+        check("/", self.file)
         self.file.visititems(check)
 
     def test_the_catalogue_tells_the_tree(self):

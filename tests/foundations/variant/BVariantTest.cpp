@@ -42,6 +42,7 @@ struct Other
 };
 
 // What a variant isn't made of: a pointer would otherwise become a bool, a long double lose digits.
+static_assert(!std::is_constructible_v<BVariant, std::nullptr_t>);
 static_assert(!std::is_constructible_v<BVariant, int*>);
 static_assert(!std::is_constructible_v<BVariant, const void*>);
 static_assert(!std::is_constructible_v<BVariant, long double>);

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace Orrery::Host {
 
 namespace {
@@ -55,7 +57,8 @@ INSTANTIATE_TEST_SUITE_P(
                                  "bertragung",
                                  "\xC3\xBC"
                                  "bertragung1"},
-                      FolderCase{"", "plot1"}, FolderCase{"?!", "plot1"}));
+                      FolderCase{"", "plot1"}, FolderCase{"?!", "plot1"}),
+    [](const auto& info) { return std::to_string(info.index); });
 
 TEST(FolderNumbers, CountEachKindFromOne)
 {
