@@ -130,7 +130,7 @@ void AbstractDirtyTracker::markObservers()
         if (edges.empty())
             continue;
         if (current.next != current.end)
-            unfinished.push_back(std::move(current));
+            unfinished.push_back(std::exchange(current, Frame()));
         current.node.swap(observer);
         current.next = edges.begin();
         current.end = edges.end();

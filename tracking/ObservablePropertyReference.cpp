@@ -127,7 +127,7 @@ ERESULT insertDelayed(PropertyObject& holder, std::unique_ptr<ObservableProperty
     qDebug().noquote().nospace() << "used observer to delay reference binding!";
     const ERESULT inserted = holder.InsertProperty(reference.get());
     if (inserted >= 0)
-        reference.release();
+        static_cast<void>(reference.release()); // the holder has it now
     return inserted;
 }
 

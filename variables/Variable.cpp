@@ -305,10 +305,11 @@ Variable& Variable::UpdateData(const BVariant& data, bool notify, IsCellArray fl
         return *this;
     // A handler of what happens below may destroy this Variable.
     const std::shared_ptr<Notifier> notifier = m_notifier;
-    m_dirtyTracker->markDirty();
+    if (m_dirtyTracker)
+        m_dirtyTracker->markDirty();
     verifyBackref(*strategy);
     strategy->UpdateData(data, flag);
-    if (notify)
+    if (notify && notifier)
         notifier->Modify();
     return *this;
 }

@@ -448,6 +448,17 @@ TEST(VariableMovedFromTracking, StandsAPlaceInATreeAndABinding)
     EXPECT_NE(insert(folder, std::move(source)), nullptr);
 }
 
+TEST(VariableMovedFromTracking, IsMissingAndNotMissedWithANewStrategy)
+{
+    Variable source(QStringLiteral("x"), numbers({1}));
+    const Variable target(std::move(source));
+    source.SetStrategy<ExplicitDataVarStrategy>();
+    source.UpdateData(numbers({1, 2}));
+    EXPECT_EQ(source.GetMaxIndepOffset(), 2u);
+    EXPECT_EQ(source.getNotifier(), nullptr);
+    EXPECT_EQ(source.GetStrategyPtr().lock()->getDirtyTracker(), nullptr);
+}
+
 TEST(VariableMovedFromTracking, IsRenewedByACopyAssignment)
 {
     Variable source(QStringLiteral("x"));
