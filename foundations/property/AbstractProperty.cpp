@@ -30,6 +30,7 @@ AbstractProperty::~AbstractProperty()
         m_parent->Unlink(m_parent->m_children.find(m_name));
     }
     ExpireHandles();
+    Internal::forgetTree(*this);
 }
 
 const QString& AbstractProperty::StaticType()

@@ -3,8 +3,10 @@
 #include <QString>
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <map>
+#include <memory>
 
 namespace Orrery {
 
@@ -15,16 +17,23 @@ namespace Internal {
 /// What the handles to one node share. The handles own it together; the node knows it while it lives.
 struct NodeLife
 {
-    /// Where the node stood when it was last taken out of a tree.
-    struct Departure
+    /// A place in the tree of a file, as other files name it.
+    struct FilePlace
     {
-        std::uint32_t tree;
         QString path;
+        QString filePath;
+        QString fileType;
     };
 
     std::atomic<std::uint32_t> handles{0};
-    AbstractProperty* node = nullptr;  // null once the node is dying or gone
-    std::vector<Departure> departures; // one for each tree, the latest last
+    AbstractProperty* node = nullptr; // null once the node is dying or gone
+
+    /// Where the node stood when it last left each tree, by the number of the tree. Those of trees that are
+    /// gone serve nobody; they are dropped when so many have come together.
+    std::map<std::uint32_t, QString> departures;
+    std::size_t dropDeparturesAt = 8;
+
+    std::unique_ptr<FilePlace> lastInFile; // where it last left a file
 };
 
 } // namespace Internal

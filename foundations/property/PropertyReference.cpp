@@ -333,14 +333,14 @@ void PropertyReference::TakeOverPath() const
     if (!life)
         return;
     const std::uint32_t tree = NodeAccess::treeNumber(*GetRootProperty());
-    const auto& places = life->departures;
-    const auto place = std::find_if(places.begin(), places.end(),
-                                    [tree](const NodeLife::Departure& p) { return p.tree == tree; });
-    if (place != places.end()) {
+    const auto place = life->departures.find(tree);
+    if (place != life->departures.end()) {
         ForgetPath();
-        m_path = Property::GetRelativePath(GetFullPath(), place->path);
-    } else if (!places.empty() && !m_filePath.isEmpty()) {
-        m_path = places.back().path;
+        m_path = Property::GetRelativePath(GetFullPath(), place->second);
+    } else if (life->lastInFile && !m_filePath.isEmpty()) {
+        m_path = life->lastInFile->path;
+        m_filePath = life->lastInFile->filePath;
+        m_fileType = life->lastInFile->fileType;
     }
 }
 

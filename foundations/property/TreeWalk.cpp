@@ -2,11 +2,16 @@
 
 #include "foundations/property/BindReferences_p.h"
 #include "foundations/property/NodeAccess_p.h"
+#include "foundations/storage/DataFile.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <unordered_set>
 #include <vector>
 
 namespace Orrery::Internal {
@@ -118,35 +123,93 @@ private:
     std::vector<std::size_t> m_open;
 };
 
+// The numbers of the trees that somebody has left and that still stand.
+class TreeNumbers
+{
+public:
+    static TreeNumbers& instance()
+    {
+        static auto* const s_numbers = new TreeNumbers; // never destroyed: a static tree may outlive it
+        return *s_numbers;
+    }
+
+    std::uint32_t add()
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_standing.insert(++m_last);
+        return m_last;
+    }
+    void remove(std::uint32_t tree)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_standing.erase(tree);
+    }
+    void dropGone(std::map<std::uint32_t, QString>* departures)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        for (auto place = departures->begin(); place != departures->end();)
+            place = m_standing.count(place->first) != 0 ? std::next(place) : departures->erase(place);
+    }
+
+private:
+    std::mutex m_mutex;
+    std::uint32_t m_last = 0;
+    std::unordered_set<std::uint32_t> m_standing;
+};
+
 std::uint32_t numberOfTree(const AbstractProperty& root)
 {
-    static std::atomic<std::uint32_t> s_last{0};
     if (NodeAccess::treeNumber(root) == 0)
-        NodeAccess::setTreeNumber(root, s_last.fetch_add(1, std::memory_order_relaxed) + 1);
+        NodeAccess::setTreeNumber(root, TreeNumbers::instance().add());
     return NodeAccess::treeNumber(root);
 }
 
-struct DeparturesVisitor
+class DeparturesVisitor
 {
+public:
+    explicit DeparturesVisitor(const AbstractProperty& node)
+        : m_root(node.GetRootProperty())
+    {
+    }
     void enter(const AbstractProperty& node) { visit(node); }
     void leave() {}
     void visit(const AbstractProperty& node)
     {
-        if (NodeLife* const life = NodeAccess::life(node))
-            rememberDeparture(*life, node);
+        NodeLife* const life = NodeAccess::life(node);
+        if (!life)
+            return;
+        if (m_tree == 0)
+            learnTree();
+        rememberDeparture(*life, node.GetFullPath());
     }
 
-    void rememberDeparture(NodeLife& life, const AbstractProperty& node) const
+private:
+    // Not before a node with handles is met: most that are removed have none.
+    void learnTree()
     {
-        const std::uint32_t tree = numberOfTree(*root);
-        auto& places = life.departures;
-        places.erase(std::remove_if(places.begin(), places.end(),
-                                    [tree](const NodeLife::Departure& place) { return place.tree == tree; }),
-                     places.end());
-        places.push_back({tree, node.GetFullPath()});
+        m_tree = numberOfTree(*m_root);
+        if (const DataFile* const file = m_root->GetDataFile()) {
+            m_filePath = file->GetPath();
+            m_fileType = file->GetFileType();
+        }
     }
 
-    const AbstractProperty* root;
+    void rememberDeparture(NodeLife& life, const QString& path) const
+    {
+        auto& places = life.departures;
+        places[m_tree] = path;
+        if (places.size() >= life.dropDeparturesAt) {
+            TreeNumbers::instance().dropGone(&places);
+            life.dropDeparturesAt = std::max<std::size_t>(8, 2 * places.size());
+        }
+        if (!m_filePath.isEmpty())
+            life.lastInFile.reset(new NodeLife::FilePlace{path, m_filePath, m_fileType});
+    }
+
+    const AbstractProperty* m_root;
+    std::uint32_t m_tree = 0;
+    QString m_filePath;
+    QString m_fileType;
 };
 
 // Calls an operation of each reference.
@@ -229,7 +292,13 @@ void rememberLostTargets(const AbstractProperty& node)
 
 void rememberDepartures(const AbstractProperty& node)
 {
-    walkFrom(node, DeparturesVisitor{node.GetRootProperty()});
+    walkFrom(node, DeparturesVisitor(node));
+}
+
+void forgetTree(const AbstractProperty& root)
+{
+    if (NodeAccess::treeNumber(root) != 0)
+        TreeNumbers::instance().remove(NodeAccess::treeNumber(root));
 }
 
 void bindReferences(PropertyObject& root)

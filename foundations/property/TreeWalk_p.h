@@ -37,6 +37,9 @@ void rememberLostTargets(const AbstractProperty& node);
 /// remember the paths that get lost.
 void rememberDepartures(const AbstractProperty& node);
 
+/// To be called when the node dies: nobody comes back to a tree whose root it was.
+void forgetTree(const AbstractProperty& root);
+
 /// To be called before the node is taken out of its folder and left alive: let references, itself and below,
 /// remember the paths of their targets.
 void rememberTargets(const AbstractProperty& node);

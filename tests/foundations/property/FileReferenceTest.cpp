@@ -111,6 +111,32 @@ TEST_F(FileReference, KeepsTheLastPathOfATargetThatWasRenamedAndDestroyed)
     EXPECT_EQ(reference->ReferenceFilePath(), QStringLiteral("there.mem"));
 }
 
+TEST_F(FileReference, KeepsThePathInTheFileOfATargetThatDiedElsewhere)
+{
+    PropertyObject loose;
+    HostFolder* middle = addFolder(loose, QStringLiteral("middle"));
+    ASSERT_EQ(target->SetName(QStringLiteral("renamed")), ER_SUCCESS);
+    ASSERT_EQ(there.GetRoot()->RemoveProperty(QStringLiteral("renamed")), ER_SUCCESS);
+    ASSERT_EQ(middle->InsertProperty(target), ER_SUCCESS);
+    ASSERT_EQ(middle->DeleteProperty(QStringLiteral("renamed")), ER_SUCCESS);
+    EXPECT_EQ(reference->Resolve(), nullptr);
+    EXPECT_EQ(reference->ReferencePath(), QStringLiteral("/renamed"));
+    EXPECT_EQ(reference->ReferenceFilePath(), QStringLiteral("there.mem"));
+    EXPECT_EQ(reference->ReferenceFileType(), QStringLiteral("Memory"));
+}
+
+TEST_F(FileReference, KeepsTheFileThatItsTargetHasLeftLast)
+{
+    MemoryFile third(QStringLiteral("third.mem"));
+    ASSERT_EQ(there.GetRoot()->RemoveProperty(QStringLiteral("target")), ER_SUCCESS);
+    ASSERT_EQ(third.GetRoot()->InsertProperty(target), ER_SUCCESS);
+    ASSERT_EQ(target->SetName(QStringLiteral("renamed")), ER_SUCCESS);
+    delete target;
+    EXPECT_EQ(reference->ReferencePath(), QStringLiteral("/renamed"));
+    EXPECT_EQ(reference->ReferenceFilePath(), QStringLiteral("third.mem"));
+    ASSERT_EQ(third.Close(), ER_SUCCESS);
+}
+
 TEST_F(FileReference, CopiesKeepTheFile)
 {
     const std::unique_ptr<AbstractProperty> clone(reference->Clone());

@@ -1,4 +1,5 @@
 #include "foundations/property/PropertyReference.h"
+#include "foundations/property/NodeAccess_p.h"
 
 #include "tests/foundations/property/TreeNodes.h"
 
@@ -649,6 +650,23 @@ TEST(Handle, FollowsItsNodeThroughTheTree)
     EXPECT_EQ(handle.Get(), clone.get());
     handle = PropertyHandle();
     EXPECT_EQ(handle.Get(), nullptr);
+}
+
+TEST(Handle, RemembersNoTreesThatAreGone)
+{
+    HostFolder home(QStringLiteral("home"));
+    HostFolder* node = addFolder(home, QStringLiteral("node"));
+    const PropertyReference* reference = addReference(home, QStringLiteral("r"), *node);
+    ASSERT_EQ(home.RemoveProperty(QStringLiteral("node")), ER_SUCCESS);
+    for (int i = 0; i < 1000; ++i) {
+        HostFolder passing(QStringLiteral("passing"));
+        ASSERT_EQ(passing.InsertProperty(node), ER_SUCCESS);
+        ASSERT_EQ(passing.RemoveProperty(QStringLiteral("node")), ER_SUCCESS);
+    }
+    const PropertyHandle handle(node);
+    EXPECT_LE(Internal::NodeAccess::life(handle)->departures.size(), 8U);
+    delete node;
+    EXPECT_EQ(reference->ReferencePath(), QStringLiteral("../node")); // this one still stands
 }
 
 TEST(Handle, MayOutliveAndPredeceaseItsNodeInAnyOrder)
