@@ -48,7 +48,7 @@ std::string usageLine(const CLI::App& program, const CLI::Error& error)
             return "there is no command " + inQuotes(word);
         return "there is no option " + inQuotes(word);
     }
-    return "expected a command: import, ls or show";
+    return "expected a command: import, ls, show or watch";
 }
 
 void setUp(CLI::App& program, bool* isVerbose, Action* action)
@@ -62,6 +62,7 @@ void setUp(CLI::App& program, bool* isVerbose, Action* action)
     addImportCommand(program, action);
     addLsCommand(program, action);
     addShowCommand(program, action);
+    addWatchCommand(program, action);
     program.get_formatter()->label("SUBCOMMAND", "COMMAND");
     program.get_formatter()->label("Subcommands", "Commands");
     program.footer("'orrery COMMAND --help' tells more about a command.\n"

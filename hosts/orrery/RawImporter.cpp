@@ -2,6 +2,7 @@
 
 #include "foundations/property/SimpleProperty.h"
 #include "hosts/orrery/Failure.h"
+#include "hosts/orrery/TreeAccess.h"
 #include "variables/ExplicitDataVar.h"
 
 #include <QSet>
@@ -56,14 +57,6 @@ QString kindOf(const QString& plotName)
     if (words.back().isDigit())
         words += QLatin1Char('-'); // "run-2" and the number 1 aren't "run-21"
     return words;
-}
-
-// Ownership goes to the folder.
-void insert(PropertyObject* folder, std::unique_ptr<AbstractProperty> node)
-{
-    if (folder->InsertProperty(node.get()) < 0)
-        throw Failure("'" + node->GetName().toStdString() + "' can't be put into the tree");
-    static_cast<void>(node.release());
 }
 
 void setText(PropertyObject* folder, const QString& name, const QString& text)
@@ -127,14 +120,14 @@ PropertyObject* RawImporter::add(RawPlot plot)
 {
     auto owned = std::make_unique<PropertyObject>(folderName(plot.name));
     PropertyObject* const folder = owned.get();
-    insert(m_root, std::move(owned));
+    insertNode(m_root, std::move(owned));
     setTexts(folder, plot);
     QHash<QString, int> numbers;
     for (RawVector& vector : plot.vectors) {
         auto variable = std::make_unique<ExplicitDataVar>(uniqueName(*folder, vector.name, &numbers));
         variable->UpdateData(std::exchange(vector.data, BVariant()));
         setText(variable.get(), QStringLiteral("Type"), vector.type);
-        insert(folder, std::move(variable));
+        insertNode(folder, std::move(variable));
     }
     return folder;
 }

@@ -53,6 +53,13 @@ AbstractProperty* findNode(DataFile& file, const std::string& fileName, const st
     return node;
 }
 
+void insertNode(PropertyObject* folder, std::unique_ptr<AbstractProperty> node)
+{
+    if (folder->InsertProperty(node.get()) < 0)
+        throw Failure(inQuotes(node->GetName().toStdString()) + " can't be put into the tree");
+    static_cast<void>(node.release());
+}
+
 bool holdsStoredData(const Variable& variable)
 {
     return dynamic_cast<ExplicitDataVarStrategy*>(variable.GetStrategyPtr().lock().get()) != nullptr;

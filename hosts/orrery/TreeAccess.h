@@ -23,6 +23,11 @@ std::shared_ptr<DataFile> openForReading(const std::string& path);
 /// Errors: Failure "FILE: PATH: ..." when nothing is there, or when a reference leads nowhere.
 AbstractProperty* findNode(DataFile& file, const std::string& fileName, const std::string& path);
 
+/// Put a node into a folder, which owns it from then on.
+///
+/// Errors: Failure when the tree refuses it; the node is gone then.
+void insertNode(PropertyObject* folder, std::unique_ptr<AbstractProperty> node);
+
 /// Whether a variable's values are stored, so that asking for them costs nothing before they are looked at.
 bool holdsStoredData(const Variable& variable);
 

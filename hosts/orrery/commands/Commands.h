@@ -16,5 +16,6 @@ using Action = std::function<void(Output&)>;
 void addImportCommand(CLI::App& program, Action* action);
 void addLsCommand(CLI::App& program, Action* action);
 void addShowCommand(CLI::App& program, Action* action);
+void addWatchCommand(CLI::App& program, Action* action);
 
 } // namespace Orrery::Host

@@ -50,6 +50,19 @@ protected:
 
 } // namespace
 
+TEST_F(TreeAccessTest, InsertsANodeUnlessTheTreeRefusesIt)
+{
+    insertNode(m_dc1, std::make_unique<Variable>("new"));
+    EXPECT_EQ(m_dc1->GetPropertyPtr("new")->GetFullPath(), "/dc1/new");
+    try {
+        insertNode(m_dc1, std::make_unique<PropertyObject>("new"));
+        FAIL() << "a name that is taken was accepted";
+    } catch (const Failure& failure) {
+        EXPECT_STREQ(failure.what(), "'new' can't be put into the tree");
+    }
+    EXPECT_TRUE(m_dc1->GetPropertyPtr("new")->IsVariable());
+}
+
 TEST_F(TreeAccessTest, APathMayBeginWithASlash)
 {
     EXPECT_EQ(findNode(*m_file, "f.h5", ""), m_file->GetRoot());

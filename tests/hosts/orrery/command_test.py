@@ -76,7 +76,7 @@ class HelpTest(CommandTest):
     def test_help_is_there_for_the_program_and_each_command(self):
         text = self.good("--help")
         self.assertIn("Usage: orrery [OPTIONS] COMMAND", text)
-        for command in ("import", "ls", "show"):
+        for command in ("import", "ls", "show", "watch"):
             self.assertIn(f"\n  {command} ", text)
             for flag in ("--help", "-h"):
                 self.assertIn(f"Usage: orrery {command} ", self.good(command, flag))
@@ -86,7 +86,7 @@ class HelpTest(CommandTest):
         self.assertRegex(self.good("--version"), r"^orrery \d+\.\d+\.\d+\n$")
 
     def test_help_lines_fit_a_terminal(self):
-        for command in ([], ["import"], ["ls"], ["show"]):
+        for command in ([], ["import"], ["ls"], ["show"], ["watch"]):
             for line in self.good(*command, "--help").splitlines():
                 self.assertLessEqual(len(line), 80, line)
 
@@ -94,7 +94,7 @@ class HelpTest(CommandTest):
 class UsageTest(CommandTest):
     def test_wrong_usage_is_one_line_and_2(self):
         cases = [
-            ([], "expected a command: import, ls or show; try 'orrery --help'"),
+            ([], "expected a command: import, ls, show or watch; try 'orrery --help'"),
             (["frobnicate"], "there is no command 'frobnicate'; try 'orrery --help'"),
             (["--frobnicate"], "there is no option '--frobnicate'; try 'orrery --help'"),
             (["ls"], "FILE is required; try 'orrery ls --help'"),
@@ -111,6 +111,17 @@ class UsageTest(CommandTest):
             (["show", "f", "p", "--range", "5"],
              "--range: expected A:B, offsets from 0 with A up to but not including B, found '5'; "
              "try 'orrery show --help'"),
+            (["watch"], "FILE is required; try 'orrery watch --help'"),
+            (["watch", "f", "--plot", "0"],
+             "--plot: expected a number from 1, found '0'; try 'orrery watch --help'"),
+            (["watch", "f", "--step", "-1"],
+             "--step: expected a number from 1, found '-1'; try 'orrery watch --help'"),
+            (["watch", "f", "--step", "0"],
+             "--step: expected a number from 1, found '0'; try 'orrery watch --help'"),
+            (["watch", "f", "--step=2x"],
+             "--step: expected a number from 1, found '2x'; try 'orrery watch --help'"),
+            (["watch", "f", "--plot", "18446744073709551616"],
+             "--plot: expected a number from 1, found '18446744073709551616'; try 'orrery watch --help'"),
         ]
         for arguments, line in cases:
             self.assertEqual(self.fails(2, *arguments), line)
@@ -118,6 +129,7 @@ class UsageTest(CommandTest):
     def test_wrong_usage_of_options(self):
         for arguments in (["ls", "f", "--bad"], ["ls", "f", "p", "q"], ["import", "f", "g", "-o", "h"],
                           ["show", "f", "p", "--at", "1", "--range", "1:2"], ["show", "f", "p", "--at"],
+                          ["watch", "f", "g"], ["watch", "f", "--queued=maybe"], ["watch", "f", "--step"],
                           ["import", "f", "-o"], ["import", "f", "-o", "a", "-o", "b"]):
             self.assertIn("; try 'orrery ", self.fails(2, *arguments))
 
@@ -421,6 +433,100 @@ class ShowTest(CommandTest):
                                         timeout=60)
             self.assertEqual((result.returncode, result.stderr.decode()),
                              (1, "orrery: standard output: No space left on device\n"), command)
+
+
+class WatchTest(CommandTest):
+    def setUp(self):
+        super().setUp()
+        self.write("t.raw", raw(5, [0, 0.5, 1, 1.5, 2, 1e22, 3, -3.5, 4, 0.1]) +
+                   raw(2, [7, 8], names=("only",)))
+
+    def watch(self, *arguments, **options):
+        """The lines as lists of columns."""
+        return [line.split("\t") for line in self.good("watch", *arguments, **options).splitlines()]
+
+    def test_each_step_is_heard_when_it_is_taken(self):
+        self.assertEqual(self.watch("t.raw", "--step", "2"),
+                         [["update", "y", "2", "1.5"], ["update", "y", "4", "-3.5"], ["update", "y", "5", "0.1"],
+                          ["renamed", "/plot1/y"], ["removed", "/plot1/y"]])
+
+    def test_queued_signals_are_as_many_and_show_the_variable_a_step_later(self):
+        self.assertEqual(self.watch("t.raw", "--step", "2", "--queued"),
+                         [["update", "y", "4", "-3.5"], ["update", "y", "5", "0.1"], ["update", "y", "5", "0.1"],
+                          ["renamed", "/plot1/y"], ["removed", "/plot1/y"]])
+
+    def test_a_step_is_a_tenth_of_the_points_rounded_up(self):
+        for points, counts in ((5, [1, 2, 3, 4, 5]), (20, list(range(2, 21, 2))),
+                               (21, [3, 6, 9, 12, 15, 18, 21])):
+            self.write("p.raw", raw(points, range(points), names=("x",)))
+            updates = [line for line in self.watch("p.raw") if line[0] == "update"]
+            self.assertEqual(updates, [["update", "x", str(n), str(n - 1)] for n in counts])
+
+    def test_a_step_beyond_the_end_takes_all_points(self):
+        for queued in ([], ["--queued"]):
+            for step in ("5", "6", "18446744073709551615"):
+                self.assertEqual(self.watch("t.raw", "--step", step, *queued),
+                                 [["update", "y", "5", "0.1"], ["renamed", "/plot1/y"], ["removed", "/plot1/y"]])
+
+    def test_any_vector_of_any_plot(self):
+        self.assertEqual(self.watch("t.raw", "--vector", "x", "--step", "4"),
+                         [["update", "x", "4", "3"], ["update", "x", "5", "4"],
+                          ["renamed", "/plot1/x"], ["removed", "/plot1/x"]])
+        self.assertEqual(self.watch("t.raw", "--plot", "2"),  # its only vector
+                         [["update", "only", "1", "7"], ["update", "only", "2", "8"],
+                          ["renamed", "/plot2/only"], ["removed", "/plot2/only"]])
+
+    def test_complex_values_and_rows_of_a_matrix(self):
+        lines = self.watch(os.path.join(DATA, "rc-ac-binary.raw"), "--vector", "v(in)")
+        self.assertEqual(lines[0][3], "1+0i")
+        self.assertEqual(self.watch(os.path.join(DATA, "shapes-padded-binary.raw"), "--vector", "matrix")[:2],
+                         [["update", "matrix", "1", "0", "1", "2"], ["update", "matrix", "2", "3", "4", "5"]])
+
+    def test_a_vector_without_points_is_only_placed_and_removed(self):
+        self.write("none.raw", raw(0, []))
+        for queued in ([], ["--queued"]):
+            self.assertEqual(self.watch("none.raw", *queued), [["renamed", "/plot1/y"], ["removed", "/plot1/y"]])
+
+    def test_names_in_any_script_and_locale(self):
+        self.write("µ.raw", raw(1, [1.5, -0.25], names=("v(ü/ö)", "Title")))
+        for environment in LOCALES:
+            self.assertEqual(self.watch("µ.raw", "--vector", "v(ü/ö)", environment=environment),
+                             [["update", "v(ü/ö)", "1", "1.5"], ["renamed", "/plot1/v(ü%2Fö)"],
+                              ["removed", "/plot1/v(ü%2Fö)"]])
+
+    def test_what_is_not_there(self):
+        self.assertEqual(self.fails(1, "watch", "t.raw", "--vector", "z\n"),
+                         "t.raw: plot 1: there is no vector 'z\\n'")
+        self.assertEqual(self.fails(1, "watch", "t.raw", "--plot", "2", "--vector", "y"),
+                         "t.raw: plot 2: there is no vector 'y'")
+        self.assertEqual(self.fails(1, "watch", "t.raw", "--vector", ""), "t.raw: plot 1: there is no vector ''")
+        self.assertEqual(self.fails(1, "watch", "t.raw", "--plot", "3"),
+                         "t.raw: there is no plot 3; the last one is 2")
+        self.assertEqual(self.fails(1, "watch", "none.raw"), "none.raw: No such file or directory")
+
+    def test_a_malformed_file(self):
+        self.write("cut.raw", raw(2, [1, 2, 3]))
+        self.assertRegex(self.fails(1, "watch", "cut.raw"), "^cut.raw: line 10: expected 32 bytes .*, found 24$")
+
+    def test_a_reader_that_goes_away_is_no_failure(self):
+        self.write("many.raw", raw(20_000, [0.5] * 20_000, names=("x",)))
+        for queued in ("", "--queued"):
+            for ignored in ("", "trap '' PIPE; "):
+                result = subprocess.run(
+                    ["bash", "-c", f"set -o pipefail; {ignored}'{ORRERY}' watch many.raw --step 1 {queued} | head -1"],
+                    cwd=self.folder, capture_output=True, timeout=60)
+                killed = 128 + signal.SIGPIPE
+                self.assertEqual((result.returncode, result.stderr), (0 if ignored else killed, b""))
+                self.assertEqual(result.stdout, b"update\tx\t%d\t0.5\n" % (2 if queued else 1))
+
+    def test_output_that_can_not_be_written_is_a_failure(self):
+        for queued in ([], ["--queued"]):
+            for environment in LOCALES:
+                with open("/dev/full", "wb") as full:
+                    result = subprocess.run([ORRERY, "watch", "t.raw", *queued], cwd=self.folder, stdout=full,
+                                            stderr=subprocess.PIPE, timeout=60, env={**os.environ, **environment})
+                self.assertEqual((result.returncode, result.stderr.decode()),
+                                 (1, "orrery: standard output: No space left on device\n"))
 
 
 class VerboseTest(CommandTest):
