@@ -1,5 +1,6 @@
 #include "foundations/storage/TreeReader_p.h"
 
+#include "foundations/property/BindReferences_p.h"
 #include "foundations/property/PropertyObjectFactory.h"
 #include "foundations/property/PropertyReference.h"
 #include "foundations/property/SimpleProperty.h"
@@ -58,6 +59,7 @@ void TreeReader::Read(DataFile::RootProperty* root)
             m_open.emplace_back(i, handle);
     }
     Finish(NoParent);
+    Internal::bindReferences(*root); // from here on they follow their targets
 }
 
 // Handlers of a host run while its objects are filled, and one of them may have destroyed the folder.

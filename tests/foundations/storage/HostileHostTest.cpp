@@ -144,6 +144,22 @@ TEST_F(HostileHost, AReadOnlyFileIsNeverSavedOverItsOwnPathEvenWhenANewerOneHasC
     EXPECT_TRUE(Open(m_path)->GetRoot()->HasProperty(QStringLiteral("new")));
 }
 
+TEST_F(HostileHost, ALoadedReferenceFollowsATargetThatIsRenamedBeforeAnybodyAsks)
+{
+    SaveNew(m_path, [](PropertyObject& root) {
+        PropertyObject* const target = AddFolder(root, QStringLiteral("target"));
+        ASSERT_GE(root.SetPropertyRef(QStringLiteral("reference"), target), 0);
+    });
+    const auto file = Open(m_path, DataFile::ReadWrite);
+    DataFile::RootProperty* const root = file->GetRoot();
+    AbstractProperty* const target = root->GetPropertyPtr(QStringLiteral("target"));
+    ASSERT_GE(target->SetName(QStringLiteral("renamed")), 0);
+    const auto* const reference = root->GetPtr<PropertyReference>(QStringLiteral("reference"));
+    ASSERT_NE(reference, nullptr);
+    EXPECT_EQ(reference->Resolve(), target);
+    EXPECT_EQ(reference->ReferencePath(), QStringLiteral("../renamed"));
+}
+
 TEST_F(HostileHost, AReasonIsOneLineWhateverThePathHolds)
 {
     const LogCapture log;
