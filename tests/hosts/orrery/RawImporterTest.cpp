@@ -58,7 +58,7 @@ INSTANTIATE_TEST_SUITE_P(
                                  "\xC3\xBC"
                                  "bertragung1"},
                       FolderCase{"", "plot1"}, FolderCase{"?!", "plot1"}),
-    [](const auto& info) { return std::to_string(info.index); });
+    [](const auto& row) { return std::to_string(row.index); });
 
 TEST(FolderNumbers, CountEachKindFromOne)
 {
