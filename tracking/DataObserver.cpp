@@ -24,12 +24,12 @@ DataObserver& DataObserver::setVariable(Variable* variable)
     // A new Variable may stand where a destroyed one has stood.
     if (variable == m_variable && !m_life.IsExpired())
         return *this;
-    if (const Variable* former = livingVariable())
-        AbstractDirtyTracker::drop(former->getDirtyTracker(), m_dirtyTracker);
+    AbstractDirtyTracker::drop(m_source.lock(), m_dirtyTracker);
     m_variable = variable;
     m_life = PropertyHandle(variable);
-    if (variable)
-        AbstractDirtyTracker::bind(variable->getDirtyTracker(), m_dirtyTracker);
+    const std::shared_ptr<AbstractDirtyTracker> source = variable ? variable->getDirtyTracker() : nullptr;
+    m_source = source;
+    AbstractDirtyTracker::bind(source, m_dirtyTracker);
     return *this;
 }
 

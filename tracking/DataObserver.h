@@ -71,7 +71,9 @@ public:
 
 private:
     Variable* m_variable = nullptr; // not owned
-    PropertyHandle m_life;          // of the same Variable
+    /// The tracker that is bound: it may outlive the variable, or be replaced in it.
+    std::weak_ptr<AbstractDirtyTracker> m_source;
+    PropertyHandle m_life; // of the same Variable
 };
 
 /// The observer of a Variable, which is made and given to the Variable if it has none.

@@ -30,7 +30,7 @@ public:
     ///
     /// Shape:  all offsets give the whole value in its own shape and share its payload. A part is cut along
     ///         the first dimension, so a part of a 1 x n row fails, though the row has n offsets.
-    /// Errors: ER_FAILED with a null *out if `start` is at or past the last offset; ER_FAILED with *out
+    /// Errors: ER_FAILED with a null *out if `start` is at or past GetMaxIndepOffset(); ER_FAILED with *out
     ///         untouched if the part can't be cut; ER_INVALID_ARGUMENT for a null `out`.
     /// Cost:   a part: one copy of its elements.
     ERESULT GetValueRange(BVariant* out, std::uint64_t start, std::uint64_t end) const override;

@@ -200,10 +200,15 @@ Variable& Variable::operator=(const Variable& other)
     // `other` may stand below this folder and go with the former children; this is needed after that.
     const std::shared_ptr<IVariableStrategy> source = other.m_strategy;
     const bool isObserved = other.getObserver() != nullptr;
+    const PropertyHandle self(this);
     PropertyObject::operator=(other);
+    if (!self.Get())
+        return *this; // a handler of a former child's end has destroyed this Variable
     Init();
     if (source)
         m_strategy = source->Copy(this);
+    else if (m_strategy->m_backRef != this)
+        m_strategy = m_strategy->Copy(this);
     if (isObserved)
         ensureObserver(this);
     return *this;
@@ -213,9 +218,12 @@ Variable& Variable::operator=(Variable&& other) // NOLINT(performance-noexcept-m
 {
     const PropertyHandle self(this);
     const PropertyHandle source(&other);
+    if (!source.Get()) // it is being destroyed: nothing can be taken out of it any more, but it can be copied
+        return operator=(static_cast<const Variable&>(other));
     // To the end both Variables have all three: `other` still announces that it leaves its place. What this one
     // has had goes last, since a QObject tells of its end too.
-    const std::shared_ptr<Notifier> former = std::exchange(m_notifier, other.m_notifier);
+    const std::shared_ptr<Notifier> former = m_notifier;
+    m_notifier = other.m_notifier;
     m_dirtyTracker = other.m_dirtyTracker;
     if (const std::shared_ptr<DataObserver> observer = getObserver())
         observer->setVariable(this);
@@ -308,6 +316,8 @@ Variable& Variable::UpdateData(const BVariant& data, bool notify, IsCellArray fl
     if (m_dirtyTracker)
         m_dirtyTracker->markDirty();
     verifyBackref(*strategy);
+    if (strategy->m_backRef != this && strategy->ownerIsGone())
+        return *this; // a handler has destroyed the moved-from Variable that the data would have gone to
     strategy->UpdateData(data, flag);
     if (notify && notifier)
         notifier->Modify();
@@ -368,7 +378,7 @@ ERESULT Variable::GetElementShape(std::vector<std::uint64_t>* shape) const
 
 std::weak_ptr<IVariableStrategy> Variable::GetStrategyPtr() const
 {
-    return m_strategy;
+    return strategyInUse();
 }
 
 const QString& Variable::sIndependentVars()

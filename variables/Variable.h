@@ -56,6 +56,7 @@ public:
     ///         Variable see the data of `other`, and every write copies this Variable onto `other` first. A copy
     ///         assignment to this Variable ends that, and so does the end of `other`: the next operation makes a
     ///         strategy of the same kind for this Variable then.
+    /// Edge:   a Variable whose destruction is under way (in a handler of its Removed) is copied instead.
     /// Edge:   a moved-from Variable is for destruction or copy assignment; until then its reading operations give
     ///         null, 0 or ER_FAILED, and it drops data.
     /// Notifier, tracker and observer come along and serve this object from then on: its former clients hear
@@ -105,8 +106,8 @@ public:
 
     /// Read offsets [start, end); an end of 0 stands for "to the last".
     ///
-    /// Errors: the strategy's code. For stored data ER_FAILED, with a null *out if `start` is at or past the
-    ///         last offset and *out untouched else.
+    /// Errors: the strategy's code. For stored data ER_FAILED, with a null *out if `start` is at or past
+    ///         GetMaxIndepOffset() and *out untouched else.
     virtual ERESULT GetValueRange(BVariant* out, std::uint64_t start, std::uint64_t end) const;
 
     /// The number of dimensions of one element; 0 for scalars.

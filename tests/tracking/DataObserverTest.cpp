@@ -1,4 +1,5 @@
 #include "tracking/DataObserver.h"
+#include "tracking/Notifier.h"
 
 #include "tests/tracking/ChangeTestSupport.h"
 
@@ -336,6 +337,22 @@ TEST(VariableObserver, OfTheTargetOfAMoveStaysWithIt)
     target = std::move(source);
     EXPECT_EQ(target.getObserver(), nullptr); // the notifier is the source's, which has none
     EXPECT_EQ(observer->getVariable(), &target);
+}
+
+TEST(VariableObserver, ThatIsRePointedWhenItsVariableEndsLeavesItsTracker)
+{
+    Variable next(QStringLiteral("next"));
+    DataObserver observer;
+    std::shared_ptr<AbstractDirtyTracker> former;
+    {
+        Variable going(QStringLiteral("going"));
+        former = going.getDirtyTracker();
+        observer.setVariable(&going);
+        QObject::connect(going.getNotifier(), &Variable::Notifier::Removed,
+                         [&] { observer.setVariable(&next); });
+    }
+    EXPECT_EQ(former->getObservers()().size(), 0U);
+    EXPECT_EQ(observer.getDirtyTracker()->getSources()().size(), 1U);
 }
 
 } // namespace

@@ -1,9 +1,11 @@
 // What the operations of a Variable do with its notifier and its dirty tracker.
 
 #include "foundations/property/SimpleProperty.h"
+#include "foundations/variant/VariantOperations.h"
 #include "tests/support/CaseName.h"
 #include "tests/tracking/ChangeTestSupport.h"
 #include "tracking/DataObserver.h"
+#include "tracking/Notifier.h"
 #include "variables/ExplicitDataVar.h"
 #include "variables/ExplicitDataVarStrategy.h"
 
@@ -433,6 +435,50 @@ TEST(VariableMoveTracking, LeavesAVariableThatIsMovedToItselfWithout)
     variable.UpdateData();
     EXPECT_GE(variable.SetName(QStringLiteral("y")), 0);
     EXPECT_EQ(variable.GetName(), QStringLiteral("y"));
+}
+
+TEST(VariableMoveTracking, TellsOfBothStepsOfAMoveToItself)
+{
+    PropertyObject folder;
+    auto* const variable = new Variable(QStringLiteral("x"));
+    ASSERT_GE(folder.InsertProperty(variable), 0);
+    int renamings = 0;
+    QObject::connect(variable->getNotifier(), &Variable::Notifier::Renamed, [&] { ++renamings; });
+    Variable& alias = *variable;
+    *variable = std::move(alias);
+    EXPECT_EQ(renamings, 2); // out of its place and in again
+}
+
+TEST(VariableRemoval, AVariableThatIsMovedAwayAtItsEndIsCopied)
+{
+    Variable kept(QStringLiteral("kept"));
+    {
+        ExplicitDataVar going(QStringLiteral("going"));
+        going.UpdateData(numbers({1, 2}));
+        QObject::connect(going.getNotifier(), &Variable::Notifier::Removed, [&] {
+            Variable& source = going;
+            kept = std::move(source);
+        });
+    }
+    BVariant value;
+    ASSERT_GE(kept.GetValueAt(&value, 1), 0);
+    EXPECT_EQ(Brindle::Quay::getScalar<double>(value), 2.0);
+    kept.UpdateData(numbers({3}));
+    EXPECT_EQ(kept.GetMaxIndepOffset(), 1U);
+}
+
+TEST(VariableCopyTracking, EndsWhenAFormerChildsHandlerDestroysTheTarget)
+{
+    PropertyObject folder;
+    auto* const target = new Variable(QStringLiteral("target"));
+    ASSERT_GE(folder.InsertProperty(target), 0);
+    auto* const child = new Variable(QStringLiteral("child"));
+    ASSERT_GE(target->InsertProperty(child), 0);
+    QObject::connect(child->getNotifier(), &Variable::Notifier::Removed,
+                     [&] { folder.DeleteProperty(QStringLiteral("target")); });
+    const Variable source(QStringLiteral("source"), numbers({1}));
+    *target = source;
+    EXPECT_FALSE(folder.HasProperty(QStringLiteral("target")));
 }
 
 TEST(VariableMovedFromTracking, StandsAPlaceInATreeAndABinding)

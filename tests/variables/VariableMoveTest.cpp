@@ -143,8 +143,21 @@ TEST(VariableMove, FromATemporaryReadsAndWritesTheDataMoved)
     EXPECT_EQ(childDoubles(target, dataName), (Doubles{5}));
     target = Variable(QStringLiteral("temporary"), MakeVector<double>({6}));
     const auto strategy = target.GetStrategyPtr().lock();
-    EXPECT_NE(target.SetStrategy<ExplicitDataVarStrategy>(), strategy.get());
+    EXPECT_EQ(ToDoubles(strategy->GetData(nullptr)), (Doubles{6}))
+        << "not that of the temporary, which is gone";
+    EXPECT_EQ(target.SetStrategy<ExplicitDataVarStrategy>(), strategy.get());
     EXPECT_EQ(ToDoubles(target.GetData()), (Doubles{6}));
+}
+
+TEST(VariableMove, AfterTheSourceIsCopiedBackWorksOnItself)
+{
+    Variable source(QStringLiteral("source"), MakeVector<double>({1}));
+    Variable target(QStringLiteral("target"));
+    target = std::move(source);
+    target = source;
+    target.UpdateData(MakeVector<double>({2}));
+    EXPECT_EQ(childDoubles(target, dataName), (Doubles{2}));
+    EXPECT_EQ(ToDoubles(target.GetData()), (Doubles{2}));
 }
 
 TEST(VariableMove, AlongAChainWorksOnTheFirstSource)
