@@ -22,8 +22,10 @@ DataObserver::~DataObserver() = default;
 DataObserver& DataObserver::setVariable(Variable* variable)
 {
     // A new Variable may stand where a destroyed one has stood.
-    if (variable == m_variable && !m_life.IsExpired())
+    if (variable == m_variable && livingVariable() == variable)
         return *this;
+    if (const Variable* former = livingVariable())
+        AbstractDirtyTracker::drop(former->getDirtyTracker(), m_dirtyTracker);
     AbstractDirtyTracker::drop(m_source.lock(), m_dirtyTracker);
     m_variable = variable;
     m_life = PropertyHandle(variable);

@@ -202,7 +202,7 @@ Variable& Variable::operator=(const Variable& other)
     const bool isObserved = other.getObserver() != nullptr;
     const PropertyHandle self(this);
     PropertyObject::operator=(other);
-    if (!self.Get())
+    if (self.IsExpired())
         return *this; // a handler of a former child's end has destroyed this Variable
     Init();
     if (source)

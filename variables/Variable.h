@@ -94,6 +94,8 @@ public:
                                  IsCellArray flag = IsCellArrayFalse);
 
     /// Announce data that were changed by earlier quiet updates. Returns this Variable.
+    ///
+    /// Edge:   a client may destroy the Variable; the result then refers to nothing.
     Variable& UpdateData();
 
     /// The number of offsets.

@@ -20,6 +20,7 @@ namespace Orrery::Host {
 /// Each turn queues the next one before it does its work. So a queued signal of a step arrives when the next step
 /// has been taken, as with a simulator that waits for nobody.
 /// Errors: go to the event loop.
+/// Cost:   each step copies all points so far, so many small steps through many points are slow.
 class Replay
 {
 public:

@@ -339,6 +339,19 @@ TEST(VariableObserver, OfTheTargetOfAMoveStaysWithIt)
     EXPECT_EQ(observer->getVariable(), &target);
 }
 
+TEST(VariableObserver, ThatIsRePointedLeavesAlsoATrackerThatItsVariableGotLater)
+{
+    Variable first(QStringLiteral("first"));
+    Variable next(QStringLiteral("next"));
+    DataObserver observer;
+    observer.setVariable(&first);
+    first = Variable(next);
+    first = next; // a new tracker
+    AbstractDirtyTracker::bind(first.getDirtyTracker(), observer.getDirtyTracker());
+    observer.setVariable(&next);
+    EXPECT_EQ(first.getDirtyTracker()->getObservers()().size(), 0U);
+}
+
 TEST(VariableObserver, ThatIsRePointedWhenItsVariableEndsLeavesItsTracker)
 {
     Variable next(QStringLiteral("next"));

@@ -467,6 +467,24 @@ TEST(VariableRemoval, AVariableThatIsMovedAwayAtItsEndIsCopied)
     EXPECT_EQ(kept.GetMaxIndepOffset(), 1U);
 }
 
+TEST(VariableCopyTracking, GivesANewCleanTrackerAlsoToAVariableThatEnds)
+{
+    const Variable source(QStringLiteral("source"), numbers({1}));
+    bool isNew = false;
+    bool isClean = false;
+    {
+        Variable going(QStringLiteral("going"), numbers({2}));
+        QObject::connect(going.getNotifier(), &Variable::Notifier::Removed, [&] {
+            const auto former = going.getDirtyTracker();
+            going = source;
+            isNew = going.getDirtyTracker() != former;
+            isClean = going.getDirtyTracker() && going.getDirtyTracker()->isClean();
+        });
+    }
+    EXPECT_TRUE(isNew);
+    EXPECT_TRUE(isClean);
+}
+
 TEST(VariableCopyTracking, EndsWhenAFormerChildsHandlerDestroysTheTarget)
 {
     PropertyObject folder;
