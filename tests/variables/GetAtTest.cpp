@@ -135,5 +135,22 @@ TEST(GetAt, RefusesANullOutput)
     EXPECT_EQ(GetAt(nullptr, BVariant(), 0), ER_INVALID_ARGUMENT);
 }
 
+TEST(GetAt, KeepsTheOrderingOfTheSource)
+{
+    BVariant element;
+    ASSERT_EQ(GetAt(&element, MakeCounting({4}, DataOrdering::ColumnMajor), 1), ER_SUCCESS);
+    EXPECT_EQ(element.getDataOrdering(), DataOrdering::ColumnMajor);
+    BVariant row;
+    ASSERT_EQ(GetAt(&row, MakeCounting({2, 3, 2}, DataOrdering::ColumnMajor), 1), ER_SUCCESS);
+    EXPECT_EQ(row.getDataOrdering(), DataOrdering::ColumnMajor);
+}
+
+TEST(GetAt, OfARunTimeValueFailsAndLeavesTheOutput)
+{
+    BVariant out(7.0);
+    EXPECT_EQ(GetAt(&out, BVariant::runTime(3.0), 0), ER_FAILED);
+    EXPECT_EQ(ToDoubles(out), (std::vector<double>{7.0}));
+}
+
 } // namespace
 } // namespace Orrery
