@@ -364,7 +364,7 @@ void Catalogue::Claim(std::uint64_t size) const
 
 QByteArray Catalogue::ClaimedBytes(const Row& row) const
 {
-    const QByteArray bytes = Bytes(row.value[0], row.value[1]);
+    QByteArray bytes = Bytes(row.value[0], row.value[1]);
     Claim(row.value[1]);
     return bytes;
 }

@@ -17,7 +17,7 @@ constexpr char FormatName[] = "Orrery data file";
 constexpr std::uint32_t Version = 1;
 
 /// The length that one checksum of an array covers.
-constexpr std::uint64_t ChecksumBlock = 4U * 1024U * 1024U;
+constexpr std::uint64_t ChecksumBlock = std::uint64_t(4) * 1024 * 1024;
 
 constexpr std::uint32_t NoParent = 0xFFFFFFFFU;
 

@@ -125,6 +125,8 @@ DataFile::RootProperty::~RootProperty()
 
 DataFile::RootProperty& DataFile::RootProperty::operator=(const RootProperty& other)
 {
+    if (this == &other)
+        return *this;
     PropertyObject::operator=(other);
     return *this;
 }

@@ -31,7 +31,7 @@ bool FileIdentity::operator==(const FileIdentity& other) const
 QString CanonicalPath(const QString& path)
 {
     QFileInfo info(path);
-    const QString whole = info.canonicalFilePath();
+    QString whole = info.canonicalFilePath();
     if (!whole.isEmpty())
         return whole;
     // A chain of links to a file that isn't there yet names the file it leads to; one that leads nowhere ends.

@@ -26,9 +26,9 @@ namespace {
 
 // Longer texts, or ones of very uneven length, are stored end to end: a fixed length would waste more than it
 // helps.
-constexpr std::uint64_t s_longestPaddedText = 64U * 1024U;
+constexpr std::uint64_t s_longestPaddedText = std::uint64_t(64) * 1024;
 constexpr std::uint64_t s_worthPadding = 4;
-constexpr std::uint64_t s_alwaysPadded = 64U * 1024U;
+constexpr std::uint64_t s_alwaysPadded = std::uint64_t(64) * 1024;
 
 std::vector<std::uint64_t> Dimensions(const BVariant& value)
 {

@@ -25,8 +25,7 @@ QString FindFile(const ReferenceRecord& record, const QString& filePath)
 {
     if (record.relativeFile.isEmpty() && record.absoluteFile.isEmpty())
         return QString();
-    const QString beside =
-        QDir::cleanPath(QFileInfo(filePath).absoluteDir().absoluteFilePath(record.relativeFile));
+    QString beside = QDir::cleanPath(QFileInfo(filePath).absoluteDir().absoluteFilePath(record.relativeFile));
     if (QFileInfo::exists(beside) || !QFileInfo::exists(record.absoluteFile))
         return beside;
     return record.absoluteFile;

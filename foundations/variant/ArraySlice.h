@@ -73,7 +73,7 @@ public:
         std::uint64_t count;
     };
 
-    IndexRange(IndexValue first, IndexValue last, std::uint64_t stride = 1) noexcept
+    IndexRange(const IndexValue& first, const IndexValue& last, std::uint64_t stride = 1) noexcept
         : m_first(first)
         , m_last(last)
         , m_stride(stride)

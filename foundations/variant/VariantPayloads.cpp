@@ -76,7 +76,8 @@ IVariantData* constructVariantScalar(void* buffer, std::size_t size, T value, Da
 {
     using RowMajor = ScalarPayload<T, DataOrdering::RowMajor>;
     using ColumnMajor = ScalarPayload<T, DataOrdering::ColumnMajor>;
-    static_assert(sizeof(RowMajor) <= variantBufferSize && alignof(RowMajor) <= alignof(void*));
+    static_assert(sizeof(RowMajor) <= variantBufferSize);
+    static_assert(alignof(RowMajor) <= alignof(void*)); // NOLINT(misc-redundant-expression): not for all T
     if (size < sizeof(RowMajor))
         throw std::length_error("The buffer is too small for a scalar.");
     if (ordering == DataOrdering::RowMajor)
