@@ -1,3 +1,4 @@
+#include "foundations/storage/DataFile.h"
 #include "tests/foundations/property/TreeNodes.h"
 
 #include <gtest/gtest.h>
@@ -73,6 +74,14 @@ TEST(VirtualOrder, OfAReferenceGoesOnAfterThat)
     EXPECT_EQ(slotOf(&PropertyReference::ReferenceFileType), 10);
     EXPECT_EQ(slotOf(&ReferenceProbe::GetPropertyConstRef), 11);
     EXPECT_EQ(slotOf(&ReferenceProbe::ResolveExternalRef), 12);
+}
+
+TEST(VirtualOrder, OfADataFileHasItsTypeFifth)
+{
+    EXPECT_EQ(slotOf(&DataFile::Load), 2); // the destructor, first, has two entries
+    EXPECT_EQ(slotOf(&DataFile::Save), 3);
+    EXPECT_EQ(slotOf(&DataFile::Close), 4);
+    EXPECT_EQ(slotOf(&DataFile::GetFileType), 5);
 }
 
 } // namespace
