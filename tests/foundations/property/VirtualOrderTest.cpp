@@ -1,10 +1,8 @@
 #include "foundations/storage/DataFile.h"
 #include "tests/foundations/property/TreeNodes.h"
+#include "tests/support/VirtualSlot.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdint>
-#include <cstring>
 
 // Hosts are compiled against the order of the virtual operations. The common C++ ABI on x86-64 tells it: a
 // pointer to a virtual member function is one more than the byte offset of its entry in the table.
@@ -14,15 +12,7 @@
 namespace Orrery {
 namespace {
 
-template <class Function>
-int slotOf(Function function)
-{
-    std::uintptr_t words[2];
-    static_assert(sizeof function == sizeof words);
-    std::memcpy(words, &function, sizeof words);
-    EXPECT_EQ(words[0] & 1U, 1U) << "not virtual";
-    return static_cast<int>(words[0] / sizeof(void*));
-}
+using TestSupport::slotOf;
 
 /// An override stands in the entry of what it overrides, and these make the protected ones nameable.
 class FolderProbe : public PropertyObject
