@@ -7,6 +7,7 @@
 #include "variables/IVariableStrategy.h"
 
 #include <QString>
+#include <QVector>
 
 #include <cstdint>
 #include <memory>
@@ -15,6 +16,7 @@
 namespace Orrery {
 
 struct DataObserver;
+class Units;
 
 /// Named data in the property tree, which a host can read, update, clone, save and reload.
 ///
@@ -24,6 +26,9 @@ struct DataObserver;
 ///
 /// A Variable tells clients of its changes through its notifier, and whatever is computed from it through its
 /// dirty tracker: an update makes the tracker dirty, the next read of stored data makes it clean.
+///
+/// It says against what it is measured, by references to independent variables in its child folder "Indep", and in
+/// what, by its children "Unit" and "DisplayUnit". The strategy plays no part in that.
 ///
 /// Shape:  the data have one axis, their first dimension. A position on it is an offset; at each offset lies
 ///         one element, which may itself be an array.
@@ -126,6 +131,70 @@ public:
 
     /// UpdateData() with IsCellArrayTrue, announced to clients.
     Variable& UpdateDataAsCellArrayFromBVariant(const BVariant& data);
+
+    /// Append a reference to an independent variable, which stays where it is in the tree and is owned by
+    /// nobody through this. The reference is bound late if the two have no common tree yet. The tracker is marked
+    /// dirty.
+    ///
+    /// Errors: ER_INVALID_ARGUMENT for null, with nothing changed; what the tree reports else.
+    /// Edge:   a child "Indep" that is no folder is deleted, with a warning on the log.
+    ERESULT AddIndepVariableRef(const Variable* indep);
+
+    /// Make `indep` the only independent variable.
+    ///
+    /// Errors: as AddIndepVariableRef(); the former references are gone even then, and for null.
+    ERESULT SetIndepVariableRef(const Variable* indep);
+
+    /// The number of entries of the folder of independents, those included that can't be resolved.
+    int GetIndepCount() const;
+
+    /// The independent variable at a position, which is not the number in its name: positions close up when one is
+    /// deleted. It isn't owned.
+    ///
+    /// Errors: *out is untouched. ER_NOT_FOUND without that many independents, and, with a warning on the log, for
+    ///         an entry that leads to no Variable; ER_INVALID_ARGUMENT for a null `out`.
+    ERESULT GetIndepVariable(Variable** out, int index) const;
+
+    /// One integer for each independent, of which the host knows the meaning. A stored map is appended to *out;
+    /// without one *out becomes as many zeros as there are independents.
+    ///
+    /// Errors: ER_FAILED for a stored value that isn't made of integers; ER_INVALID_ARGUMENT for null.
+    ERESULT GetIndependentMap(QVector<int>* out) const;
+
+    /// Store such a map, of any length. The tracker isn't marked.
+    ERESULT SetIndependentMap(const QVector<int>& map);
+
+    /// Whether all entries of the independent map are 0; true also for a map that can't be read.
+    bool IsExpanded() const;
+
+    /// The units of the data, or those in which to show them; owned by this Variable, and valid until they are
+    /// replaced.
+    ///
+    /// Errors: ER_NOT_FOUND with a null *out without such units; ER_INVALID_ARGUMENT for a null `out`.
+    ERESULT GetUnits(const Units** out) const;
+    ERESULT GetDisplayUnits(const Units** out) const;
+
+    /// The same, with default units (not valid, a plain number) where there are none. Display units fall back to
+    /// the units of the data first.
+    const Units& GetUnits() const;
+    const Units& GetDisplayUnits() const;
+
+    /// Store a copy of the units. Display units stay as they are, even if they don't fit any more.
+    ERESULT SetUnits(const Units& units);
+
+    /// Store a copy of the units.
+    ///
+    /// Errors: ER_INVALID_ARGUMENT, with nothing changed, if the data have units that aren't commensurable.
+    ERESULT SetDisplayUnits(const Units& units);
+
+    /// The units of an independent variable; default units if there are none or the independent isn't found.
+    const Units& GetUnitsOfIndep(int index) const;
+
+    /// Store a copy of the units in an independent variable, which other Variables may share. One that isn't found
+    /// makes a default independent first (VariableDefaults), which stays.
+    ///
+    /// Errors: ER_NOT_FOUND if there is none at that position even then.
+    ERESULT SetUnitsOfIndep(const Units& units, int index);
 
     /// The present strategy; empty for a moved-from Variable.
     std::weak_ptr<IVariableStrategy> GetStrategyPtr() const;
