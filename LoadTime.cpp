@@ -9,7 +9,10 @@
 // the factory is there.
 
 #include "foundations/property/PropertyObjectFactory.h"
+#include "variables/ConcatVar.h"
 #include "variables/ExplicitDataVar.h"
+#include "variables/RangeVar.h"
+#include "variables/SweptVarStrategy.h"
 #include "variables/Variable.h"
 
 namespace Orrery {
@@ -38,8 +41,21 @@ const QString Variable::s_displayUnits = QStringLiteral("DisplayUnit");
 const QString Variable::s_strategy = QStringLiteral("VariableStrategy");
 const QString Variable::s_independentMap = QStringLiteral("IndependentMap");
 
+// RangeVar
+[[maybe_unused]] static const ERESULT s_rangeVarRegistered = registerType<RangeVar>();
+const QString RangeVar::Start = QStringLiteral("Start");
+const QString RangeVar::Step = QStringLiteral("Step");
+const QString RangeVar::Count = QStringLiteral("Count");
+
+// ConcatVar
+[[maybe_unused]] static const ERESULT s_concatVarRegistered = registerType<ConcatVar>();
+
 // ExplicitDataVar
 [[maybe_unused]] static const ERESULT s_explicitDataVarRegistered = registerType<ExplicitDataVar>();
 const QString ExplicitDataVar::s_data = QStringLiteral("Data");
+
+// ParameterizedResultData; a sweep is made by it, and has a type that is never registered
+const QString SweptVarStrategy::s_param = QStringLiteral("Param");
+const QString SweptVarStrategy::s_concatData = QStringLiteral("DependVar");
 
 } // namespace Orrery

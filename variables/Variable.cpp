@@ -5,7 +5,10 @@
 #include "foundations/variant/VariantOperations.h"
 #include "tracking/DataObserver.h"
 #include "tracking/Notifier.h"
+#include "variables/ConcatVarStrategy.h"
 #include "variables/ExplicitDataVarStrategy.h"
+#include "variables/RangeVarStrategy.h"
+#include "variables/SweptVarStrategy.h"
 
 #include <QDebug>
 #include <QList>
@@ -183,6 +186,9 @@ S* Variable::SetStrategy()
 }
 
 template ORRERYCOREVARIABLES_EXPORT ExplicitDataVarStrategy* Variable::SetStrategy<ExplicitDataVarStrategy>();
+template ORRERYCOREVARIABLES_EXPORT RangeVarStrategy* Variable::SetStrategy<RangeVarStrategy>();
+template ORRERYCOREVARIABLES_EXPORT ConcatVarStrategy* Variable::SetStrategy<ConcatVarStrategy>();
+template ORRERYCOREVARIABLES_EXPORT SweptVarStrategy* Variable::SetStrategy<SweptVarStrategy>();
 
 const Variable& Variable::verifyBackref(IVariableStrategy& strategy) const
 {
@@ -274,7 +280,9 @@ void Variable::OnDeserialization()
         return;
     const QString type = textOf(selected->GetValue());
     // One line for each kind of strategy.
-    const bool known = selectIfNamed<ExplicitDataVarStrategy>(*this, type);
+    const bool known =
+        selectIfNamed<ExplicitDataVarStrategy>(*this, type) || selectIfNamed<RangeVarStrategy>(*this, type) ||
+        selectIfNamed<ConcatVarStrategy>(*this, type) || selectIfNamed<SweptVarStrategy>(*this, type);
     if (known)
         return;
     SetStrategy<ExplicitDataVarStrategy>();
@@ -293,6 +301,12 @@ std::shared_ptr<IVariableStrategy> Variable::strategyInUse() const
     if (m_strategy && m_strategy->m_backRef != this && m_strategy->ownerIsGone())
         m_strategy = m_strategy->Copy(const_cast<Variable*>(this));
     return m_strategy;
+}
+
+std::shared_ptr<Variable> Variable::strategyOwner() const
+{
+    const std::shared_ptr<IVariableStrategy> strategy = strategyInUse();
+    return strategy ? std::shared_ptr<Variable>(strategy, strategy->m_backRef) : nullptr;
 }
 
 void Variable::setObserver(std::shared_ptr<DataObserver> observer)

@@ -236,7 +236,15 @@ protected:
     /// what handlers find is then still whole.
     void announceRemoval();
 
+    /// The Variable whose children the present strategy works on: this one, but for after a move. What a typed
+    /// Variable forwards to its strategy acts on that, whatever kind the strategy is. Null in a moved-from Variable.
+    ///
+    /// The pointer keeps the strategy alive, not the Variable.
+    std::shared_ptr<Variable> strategyOwner() const;
+
 private:
+    friend class RangeVar; // reading its parameters verifies the back reference
+
     /// What every construction but a copy or a move, and every copy assignment, starts a Variable with.
     void Init();
 
