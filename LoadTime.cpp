@@ -8,6 +8,9 @@
 // so that a later one may use the names of an earlier one. OrreryCore is loaded before this library, hence
 // the factory is there.
 
+#include "Core/FunctionProperty.h"
+#include "Core/MeasurementManager.h"
+#include "Core/PolynomialMeasurement.h"
 #include "foundations/property/PropertyObjectFactory.h"
 #include "variables/ConcatVar.h"
 #include "variables/ExplicitDataVar.h"
@@ -29,6 +32,12 @@ template <class T>
 ERESULT registerType()
 {
     return PropertyObjectFactory::Instance().RegisterType(T::StaticType(), &create<T>);
+}
+
+template <int N>
+ERESULT registerPolynomial()
+{
+    return MeasurementManager<Variable>::Instance()->Register(new PolynomialMeasurement<N>);
 }
 
 } // namespace
@@ -57,5 +66,14 @@ const QString ExplicitDataVar::s_data = QStringLiteral("Data");
 // ParameterizedResultData; a sweep is made by it, and has a type that is never registered
 const QString SweptVarStrategy::s_param = QStringLiteral("Param");
 const QString SweptVarStrategy::s_concatData = QStringLiteral("DependVar");
+
+// The measurements, which belong to the step of FunctionVar and follow it
+[[maybe_unused]] static const ERESULT s_polynomialsRegistered[] = {
+    registerPolynomial<1>(), registerPolynomial<2>(), registerPolynomial<3>()};
+
+// Function
+[[maybe_unused]] static const ERESULT s_functionRegistered = registerType<Function>();
+const QString Function::s_functionName = QStringLiteral("Function");
+const QString Function::s_parameters = QStringLiteral("Parameters");
 
 } // namespace Orrery
