@@ -7,6 +7,7 @@
 #include <QDebug>
 #include <QList>
 
+#include <typeinfo>
 #include <utility>
 
 namespace Orrery {
@@ -22,8 +23,11 @@ const PropertyObject* asFolder(const AbstractProperty* node)
     return node && node->IsPropertyObject() ? dynamic_cast<const PropertyObject*>(node) : nullptr;
 }
 
+/// A checked cast costs more than the copy of a value; the class that is nearly always there is told without one.
 const SimpleProperty* asValue(const AbstractProperty* node)
 {
+    if (typeid(*node) == typeid(SimpleProperty))
+        return static_cast<const SimpleProperty*>(node);
     return node->IsSimpleProperty() ? dynamic_cast<const SimpleProperty*>(node) : nullptr;
 }
 
