@@ -14,6 +14,7 @@
 #include "foundations/property/PropertyObjectFactory.h"
 #include "variables/ConcatVar.h"
 #include "variables/ExplicitDataVar.h"
+#include "variables/FunctionVar.h"
 #include "variables/RangeVar.h"
 #include "variables/SweptVarStrategy.h"
 #include "variables/Variable.h"
@@ -63,13 +64,14 @@ const QString RangeVar::Count = QStringLiteral("Count");
 [[maybe_unused]] static const ERESULT s_explicitDataVarRegistered = registerType<ExplicitDataVar>();
 const QString ExplicitDataVar::s_data = QStringLiteral("Data");
 
+// FunctionVar, and the measurements that it can compute from the first day
+[[maybe_unused]] static const ERESULT s_functionVarRegistered = registerType<FunctionVar>();
+[[maybe_unused]] static const ERESULT s_polynomialsRegistered[] = {
+    registerPolynomial<1>(), registerPolynomial<2>(), registerPolynomial<3>()};
+
 // ParameterizedResultData; a sweep is made by it, and has a type that is never registered
 const QString SweptVarStrategy::s_param = QStringLiteral("Param");
 const QString SweptVarStrategy::s_concatData = QStringLiteral("DependVar");
-
-// The measurements, which belong to the step of FunctionVar and follow it
-[[maybe_unused]] static const ERESULT s_polynomialsRegistered[] = {
-    registerPolynomial<1>(), registerPolynomial<2>(), registerPolynomial<3>()};
 
 // Function
 [[maybe_unused]] static const ERESULT s_functionRegistered = registerType<Function>();

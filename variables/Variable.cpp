@@ -7,6 +7,7 @@
 #include "tracking/Notifier.h"
 #include "variables/ConcatVarStrategy.h"
 #include "variables/ExplicitDataVarStrategy.h"
+#include "variables/FunctionVarStrategy.h"
 #include "variables/RangeVarStrategy.h"
 #include "variables/SweptVarStrategy.h"
 
@@ -187,6 +188,7 @@ S* Variable::SetStrategy()
 
 template ORRERYCOREVARIABLES_EXPORT ExplicitDataVarStrategy* Variable::SetStrategy<ExplicitDataVarStrategy>();
 template ORRERYCOREVARIABLES_EXPORT RangeVarStrategy* Variable::SetStrategy<RangeVarStrategy>();
+template ORRERYCOREVARIABLES_EXPORT FunctionVarStrategy* Variable::SetStrategy<FunctionVarStrategy>();
 template ORRERYCOREVARIABLES_EXPORT ConcatVarStrategy* Variable::SetStrategy<ConcatVarStrategy>();
 template ORRERYCOREVARIABLES_EXPORT SweptVarStrategy* Variable::SetStrategy<SweptVarStrategy>();
 
@@ -282,7 +284,8 @@ void Variable::OnDeserialization()
     // One line for each kind of strategy.
     const bool known =
         selectIfNamed<ExplicitDataVarStrategy>(*this, type) || selectIfNamed<RangeVarStrategy>(*this, type) ||
-        selectIfNamed<ConcatVarStrategy>(*this, type) || selectIfNamed<SweptVarStrategy>(*this, type);
+        selectIfNamed<FunctionVarStrategy>(*this, type) || selectIfNamed<ConcatVarStrategy>(*this, type) ||
+        selectIfNamed<SweptVarStrategy>(*this, type);
     if (known)
         return;
     SetStrategy<ExplicitDataVarStrategy>();
