@@ -1,14 +1,114 @@
 #include "variables/ConcatMembers_p.h"
 
+#include "foundations/property/PropertyReference.h"
+#include "variables/ExplicitDataVar.h"
+#include "variables/RangeVar.h"
+#include "variables/ReadInProgress_p.h"
 #include "variables/Variable.h"
 
+#include <algorithm>
+#include <typeinfo>
+
 namespace Orrery {
+namespace {
+
+/// The class behind a pointer is told in a few loads when it is the usual one; a cast takes many more.
+template <class Usual, class T>
+bool isExactly(const T& object)
+{
+    return typeid(object) == typeid(Usual);
+}
+
+AbstractProperty* targetOf(AbstractProperty& child)
+{
+    if (isExactly<PropertyReference>(child))
+        return static_cast<PropertyReference&>(child).Resolve();
+    const unsigned int flags = child.GetTypeFlags();
+    if ((flags & PropertyTypeFlagVariable) != 0)
+        return &child;
+    const auto* const reference =
+        (flags & PropertyTypeFlagReference) != 0 ? dynamic_cast<PropertyReference*>(&child) : nullptr;
+    return reference ? reference->Resolve() : nullptr;
+}
+
+const Variable* asVariable(const AbstractProperty* node)
+{
+    if (node && (isExactly<ExplicitDataVar>(*node) || isExactly<Variable>(*node)))
+        return static_cast<const Variable*>(node);
+    return dynamic_cast<const Variable*>(node);
+}
+
+/// Whether reading the Variable runs nothing but code of this library: it returns what is stored.
+bool isPlain(const Variable& variable)
+{
+    if (!isExactly<ExplicitDataVar>(variable) && !isExactly<Variable>(variable) &&
+        !isExactly<RangeVar>(variable))
+        return false;
+    const std::shared_ptr<IVariableStrategy> strategy = variable.GetStrategyPtr().lock();
+    return strategy &&
+           (isExactly<ExplicitDataVarStrategy>(*strategy) || isExactly<RangeVarStrategy>(*strategy));
+}
+
+} // namespace
 
 ERESULT addMember(PropertyObject& owner, const Variable* variable)
 {
     QString name;
     const ERESULT code = owner.nextNumberedChildName(&name);
     return code < 0 ? code : owner.SetPropertyRef(name, variable);
+}
+
+ConcatMembers::ConcatMembers(const PropertyObject& owner)
+{
+    owner.GetPrefixedChildrenProperties(&m_children, QString());
+}
+
+bool ConcatMembers::next()
+{
+    if (m_next >= m_children.size())
+        return false;
+    ++m_next;
+    return true;
+}
+
+AbstractProperty* ConcatMembers::child() const
+{
+    if (m_held.empty())
+        return m_children.at(m_next - 1);
+    const auto fromEnd = static_cast<std::size_t>(m_children.size() - m_next) + 1;
+    return m_held[m_held.size() - fromEnd].Get();
+}
+
+const Variable* ConcatMembers::variable()
+{
+    AbstractProperty* const node = child();
+    if (!node)
+        return nullptr;
+    const Variable* const found = asVariable(targetOf(*node));
+    if (!found || ReadInProgress::covers(*found))
+        return nullptr;
+    if (m_held.empty() && !isPlain(*found))
+        holdRemaining();
+    return found;
+}
+
+void ConcatMembers::holdRemaining()
+{
+    m_held.reserve(static_cast<std::size_t>(m_children.size() - m_next) + 1);
+    for (int i = m_next - 1; i < m_children.size(); ++i)
+        m_held.emplace_back(m_children.at(i));
+}
+
+MemberRuns::Run MemberRuns::next(std::uint64_t size)
+{
+    const std::uint64_t begin = m_position;
+    m_position += size;
+    const std::uint64_t localEnd = std::min(size, m_end - begin);
+    if (begin <= m_start && m_start < m_position) {
+        m_started = true;
+        return {m_start != begin || localEnd != 0, m_start - begin, localEnd};
+    }
+    return {m_started && m_end > begin && localEnd != 0, 0, localEnd};
 }
 
 } // namespace Orrery

@@ -1,6 +1,12 @@
 #pragma once
 
+#include "foundations/property/PropertyHandle.h"
 #include "foundations/property/PropertyObject.h"
+
+#include <QList>
+
+#include <cstdint>
+#include <vector>
 
 namespace Orrery {
 
@@ -10,5 +16,72 @@ class Variable;
 ///
 /// Errors: those of PropertyObject::nextNumberedChildName and SetPropertyRef.
 ERESULT addMember(PropertyObject& owner, const Variable* variable);
+
+/// The members of a concatenation in order, as its folder holds them when the walk begins.
+///
+/// A member may run code of a host when it is read, which may change the tree. A member that is destroyed meanwhile
+/// doesn't resolve; one that is added isn't part of the walk.
+/// Threads: one thread, like the tree.
+class ConcatMembers
+{
+public:
+    explicit ConcatMembers(const PropertyObject& owner);
+
+    bool isEmpty() const { return m_children.isEmpty(); }
+    std::uint64_t count() const { return static_cast<std::uint64_t>(m_children.size()); }
+
+    /// Go on to the next member; false behind the last one.
+    bool next();
+
+    /// The position of the present member, from 0 on.
+    std::uint64_t position() const { return static_cast<std::uint64_t>(m_next) - 1; }
+
+    /// The present member: the child itself, or what the child refers to. Null if it doesn't resolve: it is neither, or
+    /// no Variable, or being read on this thread already. To be asked for again, with again(), after any read.
+    const Variable* variable();
+
+    /// The present member once more, which has been `last` so far.
+    const Variable* again(const Variable* last) { return m_held.empty() ? last : variable(); }
+
+private:
+    AbstractProperty* child() const;
+    void holdRemaining();
+
+    QList<AbstractProperty*> m_children;
+    std::vector<PropertyHandle> m_held; // the last children of the list, from the first one on that needs it
+    int m_next = 0;
+};
+
+/// Which offsets of each member a run [start, end) of the whole takes.
+///
+/// All numbers are unsigned and wrap, the sum of the members' sizes too.
+class MemberRuns
+{
+public:
+    struct Run
+    {
+        bool isTaken;
+        std::uint64_t start; ///< within the member, as is the end
+        std::uint64_t end;
+    };
+
+    MemberRuns(std::uint64_t start, std::uint64_t end)
+        : m_start(start)
+        , m_end(end)
+    {
+    }
+
+    /// The part of the next member, which has `size` offsets.
+    Run next(std::uint64_t size);
+
+    /// Whether the run ends behind the members that there were.
+    bool endsBeyond() const { return m_end > m_position; }
+
+private:
+    std::uint64_t m_start;
+    std::uint64_t m_end;
+    std::uint64_t m_position = 0;
+    bool m_started = false;
+};
 
 } // namespace Orrery

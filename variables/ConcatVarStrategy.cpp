@@ -1,9 +1,56 @@
 #include "variables/ConcatVarStrategy.h"
 
 #include "variables/ConcatMembers_p.h"
+#include "variables/OffsetCountRun_p.h"
+#include "variables/ReadInProgress_p.h"
+#include "variables/ValueJoiner_p.h"
 #include "variables/Variable.h"
 
 namespace Orrery {
+namespace {
+
+/// The first member if it is a Variable itself. One that is referred to doesn't tell the shape of elements.
+const Variable* firstMemberVariable(const PropertyObject& owner)
+{
+    QList<AbstractProperty*> members;
+    owner.GetPrefixedChildrenProperties(&members, QString());
+    if (members.isEmpty() || !members.first()->IsVariable())
+        return nullptr;
+    return dynamic_cast<const Variable*>(members.first());
+}
+
+/// The first piece goes straight to *out, so that it comes as it is.
+ERESULT joinPiece(const Variable& member, const MemberRuns::Run& run, BVariant* out, ValueJoiner& joiner)
+{
+    if (joiner.isEmpty())
+        return member.GetValueRange(out, run.start, run.end);
+    BVariant piece;
+    const ERESULT code = member.GetValueRange(&piece, 0, run.end);
+    joiner.append(piece);
+    return code;
+}
+
+ERESULT joinMembers(ConcatMembers& members, std::uint64_t start, std::uint64_t end, BVariant* out,
+                    ValueJoiner& joiner)
+{
+    MemberRuns runs(start, end);
+    ERESULT code = ER_SUCCESS;
+    while (members.next()) {
+        const Variable* member = members.variable();
+        if (!member)
+            return ER_FAILED;
+        const MemberRuns::Run run = runs.next(member->GetMaxIndepOffset());
+        if (!run.isTaken)
+            continue;
+        member = members.again(member);
+        code = member ? joinPiece(*member, run, out, joiner) : ER_FAILED;
+        if (code < 0)
+            return code;
+    }
+    return runs.endsBeyond() ? ER_INVALID_ARGUMENT : code;
+}
+
+} // namespace
 
 ConcatVarStrategy::ConcatVarStrategy(Variable* owner)
     : IVariableStrategy(owner)
@@ -33,24 +80,73 @@ ERESULT ConcatVarStrategy::AddVariable(const Variable* variable)
     return addMember(*backRef(), variable);
 }
 
-ERESULT ConcatVarStrategy::GetValueAt(BVariant* out, std::uint64_t /*offset*/) const
+ERESULT ConcatVarStrategy::GetValueAt(BVariant* out, std::uint64_t offset) const
 {
-    return out ? ER_FAILED : ER_INVALID_ARGUMENT;
+    if (!out)
+        return ER_INVALID_ARGUMENT;
+    const ReadInProgress reading(*backRef());
+    if (reading.isRefused())
+        return ER_FAILED;
+    ConcatMembers members(*backRef());
+    std::uint64_t end = 0;
+    while (members.next()) {
+        const Variable* member = members.variable();
+        if (!member)
+            return ER_FAILED;
+        const std::uint64_t begin = end;
+        end += member->GetMaxIndepOffset();
+        if (offset >= end)
+            continue;
+        member = members.again(member);
+        return member ? member->GetValueAt(out, offset - begin) : ER_FAILED;
+    }
+    return ER_INVALID_ARGUMENT;
 }
 
-ERESULT ConcatVarStrategy::GetValueRange(BVariant* out, std::uint64_t /*start*/, std::uint64_t /*end*/) const
+ERESULT ConcatVarStrategy::GetValueRange(BVariant* out, std::uint64_t start, std::uint64_t end) const
 {
-    return out ? ER_FAILED : ER_INVALID_ARGUMENT;
+    if (!out)
+        return ER_INVALID_ARGUMENT;
+    if (end == 0)
+        end = GetMaxIndepOffset();
+    *out = BVariant();
+    ReadInProgress reading(*backRef());
+    if (end == 0 || reading.isRefused())
+        return ER_FAILED;
+    ConcatMembers members(*backRef());
+    if (members.isEmpty())
+        return ER_INVALID_ARGUMENT;
+    const std::uint64_t expected = end > start ? end - start : 0;
+    reading.expectElements(expected);
+    ValueJoiner joiner(out, expected);
+    const ERESULT code = joinMembers(members, start, end, out, joiner);
+    joiner.finish();
+    return code;
 }
 
 std::uint64_t ConcatVarStrategy::GetMaxIndepOffset() const
 {
-    return 0;
+    const Variable& owner = *backRef();
+    std::uint64_t sum = 0;
+    if (OffsetCountRun::find(owner, &sum))
+        return sum;
+    const ReadInProgress reading(owner);
+    if (reading.isRefused())
+        return 0;
+    ConcatMembers members(owner);
+    OffsetCountRun run(reading, members.count());
+    while (members.next()) {
+        if (const Variable* const member = members.variable())
+            sum += member->GetMaxIndepOffset();
+    }
+    return run.keep(owner, sum);
 }
 
 std::uint64_t ConcatVarStrategy::GetElementDimCount() const
 {
-    return 0;
+    const ReadInProgress reading(*backRef());
+    const Variable* const first = reading.isRefused() ? nullptr : firstMemberVariable(*backRef());
+    return first ? first->GetElementDimCount() : 0;
 }
 
 ERESULT ConcatVarStrategy::GetElementShape(std::vector<std::uint64_t>* shape) const
@@ -58,7 +154,11 @@ ERESULT ConcatVarStrategy::GetElementShape(std::vector<std::uint64_t>* shape) co
     if (!shape)
         return ER_INVALID_ARGUMENT;
     shape->clear();
-    return ER_SUCCESS;
+    const ReadInProgress reading(*backRef());
+    if (reading.isRefused())
+        return ER_FAILED;
+    const Variable* const first = firstMemberVariable(*backRef());
+    return first ? first->GetElementShape(shape) : ER_SUCCESS;
 }
 
 } // namespace Orrery
