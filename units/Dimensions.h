@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <array>
+#include <cstddef>
 #include <list>
 
 namespace Orrery {
@@ -30,6 +31,11 @@ public:
     // NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
     constexpr Dimensions(int m, int kg, int s, int A, int K, int mol, int cd, int rad, int sr)
         : m_exponents{m, kg, s, A, K, mol, cd, rad, sr}
+    {
+    }
+
+    explicit constexpr Dimensions(const std::array<int, Count>& exponents)
+        : m_exponents(exponents)
     {
     }
 

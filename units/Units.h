@@ -150,6 +150,7 @@ private:
     friend class UnitType;
 
     bool RestoreNumbers();
+    void KeepNumbers();
 
     std::unique_ptr<Impl> m_impl; // null only in a unit that was moved from
 };
