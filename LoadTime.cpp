@@ -12,6 +12,9 @@
 #include "Core/MeasurementManager.h"
 #include "Core/PolynomialMeasurement.h"
 #include "foundations/property/PropertyObjectFactory.h"
+#include "results/ParameterizedResultData.h"
+#include "results/Result.h"
+#include "results/ResultData.h"
 #include "units/SISymbols_p.h"
 #include "units/Units.h"
 #include "units/UnitsNames_p.h"
@@ -120,9 +123,21 @@ const QString ExplicitDataVar::s_data = QStringLiteral("Data");
 [[maybe_unused]] static const ERESULT s_polynomialsRegistered[] = {
     registerPolynomial<1>(), registerPolynomial<2>(), registerPolynomial<3>()};
 
-// ParameterizedResultData; a sweep is made by it, and has a type that is never registered
+// ParameterizedResultData; the swept variables that it makes have a type that is never registered
+[[maybe_unused]] static const ERESULT s_parameterizedResultDataRegistered =
+    registerType<ParameterizedResultData>();
+const QString ParameterizedResultData::ParameterVar = QStringLiteral("Parameter");
 const QString SweptVarStrategy::s_param = QStringLiteral("Param");
 const QString SweptVarStrategy::s_concatData = QStringLiteral("DependVar");
+
+// Result
+[[maybe_unused]] static const ERESULT s_resultRegistered = registerType<Result>();
+const QString Result::s_applicationId = QStringLiteral("AppID");
+const QString Result::s_setup = QStringLiteral("Setup");
+const QString Result::s_displayTemplate = QStringLiteral("DisplayTemplate");
+
+// ResultData
+[[maybe_unused]] static const ERESULT s_resultDataRegistered = registerType<ResultData>();
 
 // Function
 [[maybe_unused]] static const ERESULT s_functionRegistered = registerType<Function>();
