@@ -139,16 +139,21 @@ void insertParsedUnits(SystemOfUnits& catalogue)
     }
 }
 
+/// The built-in names with a "u" that means nothing else.
+bool isExemptFromRepair(const QString& text)
+{
+    return text == QLatin1String("Celsius") || text == QLatin1String("hundreds") ||
+           text == QLatin1String("thousands");
+}
+
 /// What is meant by a text that was typed without the keys for micro and omega.
 QString repaired(const QString& text)
 {
-    // the only built-in names that contain a "u"
-    if (text == QLatin1String("Celsius") || text == QLatin1String("hundreds") ||
-        text == QLatin1String("thousands"))
+    const auto mayBeRepaired = [](QChar c) { return c == QLatin1Char('u') || c == QLatin1Char('O'); };
+    if (std::none_of(text.begin(), text.end(), mayBeRepaired) || isExemptFromRepair(text))
         return text;
     QString meant = text;
-    if (meant.contains(QLatin1String("Ohm")))
-        meant.replace(QLatin1String("Ohm"), QString(s_omega));
+    meant.replace(QLatin1String("Ohm"), QString(s_omega));
     meant.replace(QLatin1Char('u'), s_micro);
     return meant;
 }
