@@ -12,6 +12,7 @@
 
 #include <cstring>
 #include <limits>
+#include <ostream>
 #include <typeinfo>
 
 namespace Orrery {
@@ -223,6 +224,8 @@ struct NameCase
 {
     const char* name;
     void (*damage)(Function&);
+
+    friend std::ostream& operator<<(std::ostream& out, const NameCase& test) { return out << test.name; }
 };
 
 class UnreadableNameReload : public FunctionReloadTest, public ::testing::WithParamInterface<NameCase>
@@ -329,7 +332,6 @@ TEST_F(FunctionReloadTest, KeepsTheBitsOfOddNumbers)
               "");
 }
 
-// The type's own word for the factory, from a process that has called nothing else.
 TEST_F(FunctionReloadTest, IsMadeByTheFactory)
 {
     const std::unique_ptr<PropertyObject> made(

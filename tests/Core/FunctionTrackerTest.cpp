@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <ostream>
 #include <type_traits>
 
 namespace Orrery {
@@ -274,6 +275,8 @@ struct Getter
 {
     const char* name;
     void (*read)(const Function&);
+
+    friend std::ostream& operator<<(std::ostream& out, const Getter& getter) { return out << getter.name; }
 };
 
 class FunctionGetterTest : public FunctionTrackerTest, public ::testing::WithParamInterface<Getter>

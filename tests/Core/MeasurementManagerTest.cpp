@@ -32,13 +32,6 @@ protected:
     }
 
     static MeasurementList remove(QList<QString> names) { return manager().RemoveMeasurements(names); }
-
-    /// What stands in the answer of a removal for a category and the position of a name.
-    static Measurement<Variable>* answerFor(const MeasurementList& answer, const QStringList& categories,
-                                            const QString& category, int name, int nameCount)
-    {
-        return answer.value(categories.indexOf(category) * nameCount + name);
-    }
 };
 
 TEST_F(MeasurementManagerTest, IsOneForTheProcess)
@@ -240,7 +233,6 @@ TEST_F(MeasurementManagerTest, AnswersARemovalForEachCategoryInTheirOrder)
 {
     add(s_early, QStringLiteral("other"));
     HostMeasurement* const late = add(s_late, s_name);
-    manager().RemoveCategory(QStringLiteral("none"));
     ASSERT_EQ(manager().GetCategories(), (QStringList{s_early, QStringLiteral("Math"), s_late}));
     EXPECT_EQ(remove({s_name}), listOf({nullptr, nullptr, late}));
 }
@@ -332,6 +324,16 @@ TEST_F(MeasurementManagerTest, RemovesEveryOccurrenceOfOneObject)
     EXPECT_EQ(ownCategories(), QStringList());
 }
 
+TEST_F(MeasurementManagerTest, HandsOneObjectOverForEachNameThatLedToIt)
+{
+    HostMeasurement* const level = add(s_early, s_name);
+    level->name = QStringLiteral("alias");
+    manager().Register(level);
+    EXPECT_EQ(remove({s_name, QStringLiteral("alias")}), listOf({level, level, nullptr, nullptr}));
+    EXPECT_EQ(manager().GetMeasurement(s_early, QStringLiteral("alias")), nullptr);
+    EXPECT_EQ(ownCategories(), QStringList());
+}
+
 // The list holds what the look-up by name has lost sight of.
 TEST_F(MeasurementManagerTest, KeepsAHiddenMeasurementAndItsCategoryInARemoval)
 {
@@ -391,7 +393,7 @@ TEST_F(MeasurementManagerTest, RemovesABuiltInMeasurementWhenAHostAsks)
     EXPECT_EQ(manager().GetMeasurements(math), before);
 }
 
-/// Tells of its end on stderr, from a static of its own that outlives everything.
+/// Tells of its end on stderr.
 class Announcing : public HostMeasurement
 {
 public:

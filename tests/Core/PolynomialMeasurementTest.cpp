@@ -2,6 +2,8 @@
 
 #include "Core/MeasurementManager.h"
 #include "tests/Core/MeasurementTestSupport.h"
+#include "variables/ConcatVar.h"
+#include "variables/SweptVarStrategy.h"
 
 #include <gtest/gtest.h>
 
@@ -258,9 +260,8 @@ TYPED_TEST(PolynomialOfDegree, FailsThroughItsProbeWithoutATrace)
 {
     constexpr int n = TypeParam::degree;
     using ItsProbe = Probe<PolynomialMeasurement<n>, Variable, Variable>;
-    static std::vector<std::unique_ptr<AbstractProbe>> kept; // at an address that no probe had before
-    kept.emplace_back(this->m_polynomial.make_probe());
-    auto* probe = dynamic_cast<ItsProbe*>(kept.back().get());
+    const std::unique_ptr<AbstractProbe> made(this->m_polynomial.make_probe());
+    auto* probe = dynamic_cast<ItsProbe*>(made.get());
     ASSERT_NE(probe, nullptr);
     Variable untouched;
     const auto data = untouched.GetData();
@@ -451,6 +452,36 @@ TEST_F(PolynomialMeasurementTest, ChecksItsValuesBeforeItsInput)
 {
     m_polynomial.set_parameter_values({});
     EXPECT_EQ(failureOf([&] { m_polynomial.apply(nullptr); }), outOfRange(s_tooFew));
+}
+
+// A sweep along nothing can't be read.
+TEST_F(PolynomialMeasurementTest, PassesOnWhatTheInputThrowsAndLeavesTheOutputAlone)
+{
+    Variable sweep(QStringLiteral("s"));
+    ASSERT_NE(sweep.SetStrategy<SweptVarStrategy>(), nullptr);
+    ASSERT_NE(insert(sweep, std::make_unique<Variable>(QStringLiteral("Param"), BVariant(1.0))), nullptr);
+    auto along = std::make_unique<ConcatVar>();
+    along->SetName(QStringLiteral("DependVar"));
+    ASSERT_NE(insert(sweep, std::move(along)), nullptr);
+    ASSERT_EQ(failureOf([&] { sweep.GetData(); }), runtimeError("unknown type"));
+
+    ConnectedClient client(m_output);
+    m_polynomial.set_output(&m_output);
+    EXPECT_EQ(failureOf([&] { m_polynomial.apply(&sweep); }), runtimeError("unknown type"));
+    EXPECT_EQ(client.updates, 0);
+    EXPECT_EQ(client.removals, 0);
+    EXPECT_EQ(ToDoubles(m_output.GetData()), (std::vector<double>{-1}));
+
+    m_polynomial.set_output(nullptr);
+    EXPECT_EQ(failureOf([&] { m_polynomial.apply(&sweep); }), runtimeError("unknown type"));
+}
+
+TEST_F(PolynomialMeasurementTest, HandsOnNullForAnInputThatWasMovedFrom)
+{
+    const Variable heir(std::move(m_input));
+    m_polynomial.set_output(&m_output);
+    m_polynomial.apply(&m_input); // NOLINT(bugprone-use-after-move): what a host may do by mistake
+    EXPECT_TRUE(m_output.GetData().isNull());
 }
 
 TEST_F(PolynomialMeasurementTest, TellsTheClientsOfTheOutputOnce)

@@ -13,12 +13,16 @@ namespace {
 
 using HostProbe = Probe<HostMeasurement, Variable, Variable>;
 
-/// A probe at an address that no other probe has had: entries of a ProbeTable stay for the rest of the process.
+/// A probe at an address that no other probe has had: entries of a ProbeTable stay for the rest of the process, and
+/// the heap gives addresses out again.
 HostProbe& freshProbe(HostMeasurement& measurement)
 {
-    static std::vector<std::unique_ptr<HostProbe>> all;
-    all.push_back(std::make_unique<HostProbe>(&measurement));
-    return *all.back();
+    constexpr std::size_t size = 1U << 14U;
+    alignas(HostProbe) static unsigned char places[size][sizeof(HostProbe)];
+    static std::size_t used = 0;
+    if (used == size)
+        throw std::length_error("no address left for a probe");
+    return *new (places[used++]) HostProbe(&measurement);
 }
 
 /// What a table holds for a probe, or null. Asking leaves a null entry behind, which no later value minds.
