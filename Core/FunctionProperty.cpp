@@ -154,6 +154,8 @@ ERESULT Function::replaceParameters(const std::vector<BVariant>& values)
     }
     int position = 0;
     for (const BVariant& value : values) {
+        if (!handle.Get())
+            return ER_FAILED; // a handler has destroyed the group
         result = group->SetProperty(QString::number(position++), value);
         if (result < 0)
             break;

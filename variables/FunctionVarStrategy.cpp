@@ -424,6 +424,9 @@ void FunctionVarStrategy::Compute() const
     if (self.IsExpired())
         return;
     measurement.set_output(&owner);
+    // A measurement that returns nothing leaves the data alone: without this its probe would return what an earlier one
+    // at the same address has had, which may be gone.
+    ProbeTable<Variable>::remember(probe.get(), &owner);
     try {
         Variable* result = probe->run(nullptr);
         if (!result || result == &owner || self.IsExpired())
