@@ -11,16 +11,18 @@ namespace Orrery {
 struct ORRERYCOREVARIABLES_EXPORT SIStringDiagnosis
 {
     bool valid = false; ///< the text is an SI string; then the fields below are empty
-    int position = 0;   ///< where the reading stopped, as a UTF-16 index; the length of the text at its end
+    int position = 0;   ///< of what is wrong, as a UTF-16 index; the length of the text at its end
     QString found;      ///< what stands there, shortened; empty at the end of the text
     QString expected;   ///< what could stand there, in words
-    QString problem;    ///< what is wrong and where, in words: the first half of the message
 
-    /// Texts to try in its place, the likeliest first; at most five, and each is an SI string or a key of the
+    /// Texts to try in its place, the likeliest first; at most three, and each is an SI string or a key of the
     /// catalogue of units.
     QStringList suggestions;
 
-    /// All of it in one line: "a second '/' at 3; write m/s^2 or m/(s*s)". Empty for a valid text.
+    QString problem; ///< what is wrong, and where: the first half of the message
+    QString advice;  ///< what to do about it: the second half
+
+    /// Problem and advice in one line: "a second '/' at 3; write m/s^2 or m/(s*s)". Empty for a valid text.
     QString message() const;
 };
 
