@@ -3,6 +3,7 @@
 #include <QObject>
 
 #include <algorithm>
+#include <mutex>
 #include <vector>
 
 namespace Orrery {
@@ -158,6 +159,22 @@ QString repaired(const QString& text)
     return meant;
 }
 
+/// Held while units of the catalogue are copied.
+///
+/// A copy makes notes at the children of its source as long as it runs, so that two copies of one unit can't be made
+/// at once. Recursive, since the children of a host's unit are copied by the host's own code.
+std::unique_lock<std::recursive_mutex> oneCopyAtATime()
+{
+    static std::recursive_mutex mutex;
+    return std::unique_lock<std::recursive_mutex>(mutex);
+}
+
+Units copyOf(const Units& units)
+{
+    const auto lock = oneCopyAtATime();
+    return units;
+}
+
 using UnitsList = std::vector<const Units*>;
 
 /// The units that `isWanted`, without those that equal an earlier one.
@@ -175,6 +192,7 @@ UnitsList differentUnits(const QMap<QString, Units>& catalogue, Predicate isWant
 
 void appendCopies(const UnitsList& source, QList<Units>* target)
 {
+    const auto lock = oneCopyAtATime();
     target->reserve(target->size() + static_cast<int>(source.size()));
     for (const Units* units : source)
         target->append(*units);
@@ -208,7 +226,7 @@ Units SystemOfUnits::GetUnitsFromString(const QString& text) const
     const QString meant = repaired(text);
     const auto found = m_units.constFind(meant);
     if (found != m_units.constEnd())
-        return found.value();
+        return copyOf(found.value());
     return Units::FromSIString(meant);
 }
 
@@ -219,7 +237,7 @@ ERESULT SystemOfUnits::GetUnitsByName(const QString& name, Units* result) const
     const auto found = m_units.constFind(name);
     if (found == m_units.constEnd())
         return ER_NOT_FOUND;
-    *result = found.value();
+    *result = copyOf(found.value()); // what hears of the change of *result runs without the lock
     return ER_SUCCESS;
 }
 
