@@ -2,7 +2,6 @@
 
 #include "foundations/property/PropertyReference.h"
 #include "variables/ExplicitDataVar.h"
-#include "variables/RangeVar.h"
 #include "variables/ReadInProgress_p.h"
 #include "variables/Variable.h"
 
@@ -38,17 +37,6 @@ const Variable* asVariable(const AbstractProperty* node)
     return dynamic_cast<const Variable*>(node);
 }
 
-/// Whether reading the Variable runs nothing but code of this library: it returns what is stored.
-bool isPlain(const Variable& variable)
-{
-    if (!isExactly<ExplicitDataVar>(variable) && !isExactly<Variable>(variable) &&
-        !isExactly<RangeVar>(variable))
-        return false;
-    const std::shared_ptr<IVariableStrategy> strategy = variable.GetStrategyPtr().lock();
-    return strategy &&
-           (isExactly<ExplicitDataVarStrategy>(*strategy) || isExactly<RangeVarStrategy>(*strategy));
-}
-
 } // namespace
 
 ERESULT addMember(PropertyObject& owner, const Variable* variable)
@@ -79,17 +67,16 @@ AbstractProperty* ConcatMembers::child() const
     return m_held[m_held.size() - fromEnd].Get();
 }
 
-const Variable* ConcatMembers::variable()
+bool ConcatMembers::resolve()
 {
     AbstractProperty* const node = child();
-    if (!node)
-        return nullptr;
-    const Variable* const found = asVariable(targetOf(*node));
-    if (!found || ReadInProgress::covers(*found))
-        return nullptr;
-    if (m_held.empty() && !isPlain(*found))
+    const Variable* const variable = node ? asVariable(targetOf(*node)) : nullptr;
+    if (!variable || ReadInProgress::covers(*variable))
+        return false;
+    m_member = MemberReader(*variable);
+    if (!m_member.isPlain() && m_held.empty())
         holdRemaining();
-    return found;
+    return true;
 }
 
 void ConcatMembers::holdRemaining()
@@ -106,9 +93,10 @@ MemberRuns::Run MemberRuns::next(std::uint64_t size)
     const std::uint64_t localEnd = std::min(size, m_end - begin);
     if (begin <= m_start && m_start < m_position) {
         m_started = true;
-        return {m_start != begin || localEnd != 0, m_start - begin, localEnd};
+        const bool isTaken = m_start != begin || localEnd != 0;
+        return {isTaken, m_start == begin && localEnd == size, m_start - begin, localEnd};
     }
-    return {m_started && m_end > begin && localEnd != 0, 0, localEnd};
+    return {m_started && m_end > begin && localEnd != 0, localEnd == size, 0, localEnd};
 }
 
 } // namespace Orrery

@@ -2,6 +2,7 @@
 
 #include "foundations/property/PropertyHandle.h"
 #include "foundations/property/PropertyObject.h"
+#include "variables/MemberReader_p.h"
 
 #include <QList>
 
@@ -36,12 +37,15 @@ public:
     /// The position of the present member, from 0 on.
     std::uint64_t position() const { return static_cast<std::uint64_t>(m_next) - 1; }
 
-    /// The present member: the child itself, or what the child refers to. Null if it doesn't resolve: it is neither, or
-    /// no Variable, or being read on this thread already. To be asked for again, with again(), after any read.
-    const Variable* variable();
+    /// Resolve the present member: the child itself, or what the child refers to. False if it doesn't resolve: it is
+    /// neither, or no Variable, or being read on this thread already.
+    bool resolve();
 
-    /// The present member once more, which has been `last` so far.
-    const Variable* again(const Variable* last) { return m_held.empty() ? last : variable(); }
+    /// Once more, after a read: whether the present member is still there. It may be another Variable then.
+    bool resolveAgain() { return m_held.empty() || resolve(); }
+
+    /// Reads the present member, which has just been resolved.
+    MemberReader& member() { return m_member; }
 
 private:
     AbstractProperty* child() const;
@@ -50,6 +54,7 @@ private:
     QList<AbstractProperty*> m_children;
     std::vector<PropertyHandle> m_held; // the last children of the list, from the first one on that needs it
     int m_next = 0;
+    MemberReader m_member;
 };
 
 /// Which offsets of each member a run [start, end) of the whole takes.
@@ -61,6 +66,7 @@ public:
     struct Run
     {
         bool isTaken;
+        bool isWhole;        ///< all offsets of the member
         std::uint64_t start; ///< within the member, as is the end
         std::uint64_t end;
     };

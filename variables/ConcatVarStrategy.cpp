@@ -20,10 +20,16 @@ const Variable* firstMemberVariable(const PropertyObject& owner)
 }
 
 /// The first piece goes straight to *out, so that it comes as it is.
-ERESULT joinPiece(const Variable& member, const MemberRuns::Run& run, BVariant* out, ValueJoiner& joiner)
+ERESULT joinPiece(const MemberReader& member, const MemberRuns::Run& run, BVariant* out, ValueJoiner& joiner)
 {
     if (joiner.isEmpty())
         return member.GetValueRange(out, run.start, run.end);
+    if (run.isWhole) {
+        if (const BVariant* const stored = member.storedVector()) {
+            joiner.append(*stored);
+            return ER_SUCCESS;
+        }
+    }
     BVariant piece;
     const ERESULT code = member.GetValueRange(&piece, 0, run.end);
     joiner.append(piece);
@@ -36,14 +42,12 @@ ERESULT joinMembers(ConcatMembers& members, std::uint64_t start, std::uint64_t e
     MemberRuns runs(start, end);
     ERESULT code = ER_SUCCESS;
     while (members.next()) {
-        const Variable* member = members.variable();
-        if (!member)
+        if (!members.resolve())
             return ER_FAILED;
-        const MemberRuns::Run run = runs.next(member->GetMaxIndepOffset());
+        const MemberRuns::Run run = runs.next(members.member().GetMaxIndepOffset());
         if (!run.isTaken)
             continue;
-        member = members.again(member);
-        code = member ? joinPiece(*member, run, out, joiner) : ER_FAILED;
+        code = members.resolveAgain() ? joinPiece(members.member(), run, out, joiner) : ER_FAILED;
         if (code < 0)
             return code;
     }
@@ -90,15 +94,12 @@ ERESULT ConcatVarStrategy::GetValueAt(BVariant* out, std::uint64_t offset) const
     ConcatMembers members(*backRef());
     std::uint64_t end = 0;
     while (members.next()) {
-        const Variable* member = members.variable();
-        if (!member)
+        if (!members.resolve())
             return ER_FAILED;
         const std::uint64_t begin = end;
-        end += member->GetMaxIndepOffset();
-        if (offset >= end)
-            continue;
-        member = members.again(member);
-        return member ? member->GetValueAt(out, offset - begin) : ER_FAILED;
+        end += members.member().GetMaxIndepOffset();
+        if (offset < end)
+            return members.resolveAgain() ? members.member().GetValueAt(out, offset - begin) : ER_FAILED;
     }
     return ER_INVALID_ARGUMENT;
 }
@@ -136,8 +137,8 @@ std::uint64_t ConcatVarStrategy::GetMaxIndepOffset() const
     ConcatMembers members(owner);
     OffsetCountRun run(reading, members.count());
     while (members.next()) {
-        if (const Variable* const member = members.variable())
-            sum += member->GetMaxIndepOffset();
+        if (members.resolve())
+            sum += members.member().GetMaxIndepOffset();
     }
     return run.keep(owner, sum);
 }

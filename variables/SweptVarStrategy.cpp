@@ -71,16 +71,16 @@ bool Sources::nextSize(ConcatMembers& members, std::uint64_t* size) const
     if (!concatenation)
         return false;
     const ReadInProgress reading(*concatenation);
-    const Variable* const member = reading.isRefused() ? nullptr : members.variable();
-    if (member)
-        *size = member->GetMaxIndepOffset();
-    return member != nullptr;
+    if (reading.isRefused() || !members.resolve())
+        return false;
+    *size = members.member().GetMaxIndepOffset();
+    return true;
 }
 
 ERESULT Sources::parameterAt(BVariant* out, std::uint64_t position) const
 {
     const auto* const parameter = static_cast<const Variable*>(m_parameter.Get());
-    return parameter ? parameter->GetValueAt(out, position) : ER_FAILED;
+    return parameter ? MemberReader(*parameter).GetValueAt(out, position) : ER_FAILED;
 }
 
 ERESULT Sources::valueAt(BVariant* out, std::uint64_t offset) const

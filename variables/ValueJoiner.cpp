@@ -17,20 +17,16 @@
 
 namespace Orrery {
 
+using Brindle::Quay::ArrayDimensionsView;
 using Brindle::Quay::DataOrdering;
 using Brindle::Quay::WellKnownType;
 
 namespace {
 
-bool isText(const BVariant& value)
-{
-    return value.getWellKnownType() == WellKnownType::of<std::string>();
-}
-
 /// Whether appendValues takes it as far as the shape goes.
-bool isJoinable(const BVariant& value)
+bool isJoinable(ArrayDimensionsView dimensions)
 {
-    return value.elementCount() == 1 || value.getDimensions().isVectorShaped();
+    return dimensions.size() == 1 || dimensions.isVectorShaped();
 }
 
 /// The dimensions of a piece under which what follows can be joined; none for a plain vector.
@@ -89,7 +85,8 @@ ValueJoiner::~ValueJoiner()
 
 void ValueJoiner::append(const BVariant& piece)
 {
-    if (piece.isEmpty() || tryAppend(piece))
+    const std::uint64_t count = piece.elementCount();
+    if (count == 0 || tryAppend(piece, count))
         return;
     // A new common type, of which there are few, or a failure.
     finish();
@@ -97,18 +94,18 @@ void ValueJoiner::append(const BVariant& piece)
 }
 
 /// False, with nothing changed, for what doesn't fit the type so far.
-bool ValueJoiner::tryAppend(const BVariant& piece)
+bool ValueJoiner::tryAppend(const BVariant& piece, std::uint64_t count)
 {
-    BVariant fitting;
-    if (!tryFit(piece, &fitting))
+    BVariant converted;
+    const BVariant* const fitting = fit(piece, count, &converted);
+    if (!fitting)
         return false;
     if (!isJoining()) {
-        begin(fitting);
+        begin(*fitting, count);
     } else {
-        const std::uint64_t count = fitting.elementCount();
         if (count > m_capacity - m_count)
             moveToBuffer(capacityFor(m_count + count));
-        Brindle::Quay::copyElements(fitting, 0, count, m_data + m_count * m_elementSize);
+        Brindle::Quay::copyElements(*fitting, 0, count, m_data + m_count * m_elementSize);
         m_count += count;
     }
     if (m_shape.empty())
@@ -116,21 +113,24 @@ bool ValueJoiner::tryAppend(const BVariant& piece)
     return true;
 }
 
-bool ValueJoiner::tryFit(const BVariant& piece, BVariant* fitting) const
+/// The piece in the type so far: itself (a copy of a variant would cost more than one of its few elements), or
+/// *converted; null for what doesn't fit.
+const BVariant* ValueJoiner::fit(const BVariant& piece, std::uint64_t count, BVariant* converted) const
 {
-    const BVariant& first = isJoining() ? m_buffer : *m_out;
-    const WellKnownType type = first.getWellKnownType();
-    const std::uint64_t room =
-        std::numeric_limits<std::uint64_t>::max() - (isJoining() ? m_count : first.elementCount());
-    if (type == WellKnownType::RunTime || !isJoinable(piece) || piece.elementCount() > room)
-        return false;
-    if (!isJoining() && !isJoinable(first))
-        return false;
-    if (piece.getWellKnownType() == type)
-        *fitting = piece;
-    else if (WellKnownType::getCommonWellKnownType(type, piece.getWellKnownType()) == type)
-        *fitting = Brindle::Quay::convertedTo(piece, type);
-    return !fitting->isNull();
+    if (!isJoining() && !isJoinable(m_out->getDimensions()))
+        return nullptr;
+    const WellKnownType type = isJoining() ? m_type : m_out->getWellKnownType();
+    const std::uint64_t present = isJoining() ? m_count : m_out->elementCount();
+    if (type == WellKnownType::RunTime || !isJoinable(piece.getDimensions()) ||
+        count > std::numeric_limits<std::uint64_t>::max() - present)
+        return nullptr;
+    const WellKnownType pieceType = piece.getWellKnownType();
+    if (pieceType == type)
+        return &piece;
+    if (WellKnownType::getCommonWellKnownType(type, pieceType) != type)
+        return nullptr;
+    *converted = Brindle::Quay::convertedTo(piece, type);
+    return converted->isNull() ? nullptr : converted;
 }
 
 /// Room for what is expected, as far as what there is makes that likely: memory that is never touched costs little, but
@@ -138,7 +138,7 @@ bool ValueJoiner::tryFit(const BVariant& piece, BVariant* fitting) const
 std::uint64_t ValueJoiner::capacityFor(std::uint64_t needed) const
 {
     constexpr std::uint64_t harmless = std::uint64_t(64) << 20U; // bytes
-    const bool text = isText(isJoining() ? m_buffer : *m_out);
+    const bool text = m_type == WellKnownType::of<std::string>();
     const std::uint64_t factor = text ? 2 : 8;
     const std::uint64_t likely =
         std::max(needed <= std::numeric_limits<std::uint64_t>::max() / factor ? needed * factor : needed,
@@ -146,34 +146,32 @@ std::uint64_t ValueJoiner::capacityFor(std::uint64_t needed) const
     return std::max(needed, std::min(m_expected, likely));
 }
 
-/// Nothing has changed when this throws.
-void ValueJoiner::begin(const BVariant& second)
+/// What there is stays in *m_out when this throws.
+void ValueJoiner::begin(const BVariant& second, std::uint64_t secondCount)
 {
-    const WellKnownType type = m_out->getWellKnownType();
     const std::uint64_t firstCount = m_out->elementCount();
-    const std::uint64_t count = firstCount + second.elementCount();
-    m_elementSize = Brindle::Quay::elementSize(type);
+    m_type = m_out->getWellKnownType();
+    m_elementSize = Brindle::Quay::elementSize(m_type);
+    m_shape = shapeOf(*m_out);
     expectRoomForNested(m_elementSize);
-    const std::uint64_t capacity = capacityFor(count);
-    BVariant buffer = Brindle::Quay::createUninitializedArray(type, {&capacity, 1});
+    const std::uint64_t capacity = capacityFor(firstCount + secondCount);
+    BVariant buffer = Brindle::Quay::createUninitializedArray(m_type, {&capacity, 1});
     auto* const data = static_cast<std::byte*>(buffer.mutableData());
     Brindle::Quay::copyElements(*m_out, 0, firstCount, data);
-    Brindle::Quay::copyElements(second, 0, count - firstCount, data + firstCount * m_elementSize);
-    std::vector<std::uint64_t> shape = shapeOf(*m_out);
-    m_shape.swap(shape);
+    Brindle::Quay::copyElements(second, 0, secondCount, data + firstCount * m_elementSize);
     m_buffer = std::move(buffer);
     m_data = data;
     m_capacity = capacity;
-    m_count = count;
+    m_count = firstCount + secondCount;
     *m_out = BVariant();
 }
 
 /// Nothing has changed when this throws.
 void ValueJoiner::moveToBuffer(std::uint64_t capacity)
 {
-    BVariant buffer = Brindle::Quay::createUninitializedArray(m_buffer.getWellKnownType(), {&capacity, 1});
+    BVariant buffer = Brindle::Quay::createUninitializedArray(m_type, {&capacity, 1});
     auto* const data = static_cast<std::byte*>(buffer.mutableData());
-    if (isText(m_buffer)) {
+    if (m_type == WellKnownType::of<std::string>()) {
         auto* const texts = static_cast<std::string*>(m_buffer.mutableData());
         std::move(texts, texts + m_count, static_cast<std::string*>(buffer.mutableData()));
     } else {

@@ -45,10 +45,10 @@ public:
 
 private:
     bool isJoining() const { return m_capacity > 0; }
-    bool tryAppend(const BVariant& piece);
-    bool tryFit(const BVariant& piece, BVariant* fitting) const;
+    bool tryAppend(const BVariant& piece, std::uint64_t count);
+    const BVariant* fit(const BVariant& piece, std::uint64_t count, BVariant* converted) const;
     std::uint64_t capacityFor(std::uint64_t needed) const;
-    void begin(const BVariant& second);
+    void begin(const BVariant& second, std::uint64_t secondCount);
     void moveToBuffer(std::uint64_t capacity);
 
     BVariant* m_out;
@@ -59,6 +59,7 @@ private:
     std::byte* m_data = nullptr; // its elements
     std::uint64_t m_capacity = 0;
     std::uint64_t m_count = 0;
+    Brindle::Quay::WellKnownType m_type = Brindle::Quay::WellKnownType::Null;
     std::size_t m_elementSize = 0;
     std::vector<std::uint64_t> m_shape; // of the earliest piece with several dimensions; empty without one
 };

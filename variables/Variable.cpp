@@ -306,6 +306,14 @@ std::shared_ptr<IVariableStrategy> Variable::strategyInUse() const
     return m_strategy;
 }
 
+const IVariableStrategy* Variable::plainStrategy() const
+{
+    const IVariableStrategy* const strategy = m_strategy.get();
+    if (!strategy || strategy->m_backRef != this)
+        return nullptr;
+    return isExactly<ExplicitDataVarStrategy>(strategy) || isExactly<RangeVarStrategy>(strategy) ? strategy : nullptr;
+}
+
 std::shared_ptr<Variable> Variable::strategyOwner() const
 {
     const std::shared_ptr<IVariableStrategy> strategy = strategyInUse();

@@ -243,7 +243,8 @@ protected:
     std::shared_ptr<Variable> strategyOwner() const;
 
 private:
-    friend class RangeVar; // reading its parameters verifies the back reference
+    friend class RangeVar;     // reading its parameters verifies the back reference
+    friend class MemberReader; // reads many variables, most of which are plain
 
     /// What every construction but a copy or a move, and every copy assignment, starts a Variable with.
     void Init();
@@ -254,6 +255,10 @@ private:
 
     /// The strategy, held for the length of a call: what it calls may exchange it. Null in a moved-from Variable.
     std::shared_ptr<IVariableStrategy> strategyInUse() const;
+
+    /// The strategy, if reading through it only looks at what is stored in this Variable: nobody can exchange it
+    /// meanwhile, so it needn't be held. Null for any other one.
+    const IVariableStrategy* plainStrategy() const;
 
     static const QString s_independentVars;
     static const QString s_units;

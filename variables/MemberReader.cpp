@@ -1,0 +1,58 @@
+#include "variables/MemberReader_p.h"
+
+#include "foundations/property/SimpleProperty.h"
+#include "variables/ExplicitDataVar.h"
+#include "variables/RangeVar.h"
+
+#include <typeinfo>
+
+namespace Orrery {
+namespace {
+
+template <class Class, class T>
+bool isExactly(const T& object)
+{
+    return typeid(object) == typeid(Class);
+}
+
+} // namespace
+
+MemberReader::MemberReader(const Variable& variable)
+    : m_variable(&variable)
+{
+    if (isExactly<ExplicitDataVar>(variable) || isExactly<Variable>(variable) ||
+        isExactly<RangeVar>(variable))
+        m_plain = variable.plainStrategy();
+}
+
+std::uint64_t MemberReader::GetMaxIndepOffset()
+{
+    m_vector = m_plain ? findVector() : nullptr;
+    if (m_vector)
+        return m_vector->getDimensions()[0];
+    return m_plain ? m_plain->GetMaxIndepOffset() : m_variable->GetMaxIndepOffset();
+}
+
+ERESULT MemberReader::GetValueAt(BVariant* out, std::uint64_t offset) const
+{
+    return m_plain ? m_plain->GetValueAt(out, offset) : m_variable->GetValueAt(out, offset);
+}
+
+ERESULT MemberReader::GetValueRange(BVariant* out, std::uint64_t start, std::uint64_t end) const
+{
+    return m_plain ? m_plain->GetValueRange(out, start, end) : m_variable->GetValueRange(out, start, end);
+}
+
+/// Only of a Variable that is up to date; else the strategy has to make it so.
+const BVariant* MemberReader::findVector() const
+{
+    if (!isExactly<ExplicitDataVarStrategy>(*m_plain) || !m_variable->getDirtyTracker()->isClean())
+        return nullptr;
+    const AbstractProperty* const data = m_variable->GetPropertyConstPtr(ExplicitDataVar::getDataPropName());
+    if (!data || !isExactly<SimpleProperty>(*data))
+        return nullptr;
+    const BVariant& value = static_cast<const SimpleProperty*>(data)->GetValueRef();
+    return value.getDimensions().size() == 1 ? &value : nullptr;
+}
+
+} // namespace Orrery
