@@ -33,6 +33,16 @@ void compareText(std::ostream& out, const char* what, const QString& found, cons
         out << what << " is '" << shown(found) << "', expected '" << shown(expected) << "'; ";
 }
 
+bool hasLineBreak(const QString& text)
+{
+    static const QString breaks = QStringLiteral("\n\v\f\r") + QChar(0x0085);
+    for (const QChar unit : text) {
+        if (breaks.contains(unit))
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 TypeModel::Type TypeModel::find(const Exponents& exponents, const QString& text)
@@ -101,7 +111,7 @@ std::string faultOfDiagnosis(const QString& text, bool accepted)
     if (diagnosis.position == text.size() && !diagnosis.found.isEmpty())
         return "something is found behind the end";
     const QString message = diagnosis.message();
-    if (message.isEmpty() || message.contains(QLatin1Char('\n')) || message.contains(QLatin1Char('\r')))
+    if (message.isEmpty() || hasLineBreak(message))
         return "the message isn't one line";
     return "";
 }
