@@ -151,6 +151,11 @@ public:
     static const UnitType& dimensionless;
 
 private:
+    friend class Units;
+
+    /// FindUnitType without the copy.
+    static const UnitType& TypeFor(const Dimensions& dimensions, const QString& text);
+
     UnitType(QString name, QString referenceSI, Dimensions dimensions);
 
     QString m_name;

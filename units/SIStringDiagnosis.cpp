@@ -33,7 +33,8 @@ QString quoted(QStringView found)
         if (isPair) {
             shown += found[i];
             shown += found[++i];
-        } else if (found[i].isPrint() && !found[i].isSurrogate()) {
+        } else if (found[i] == u' ' ||
+                   (found[i].isPrint() && !found[i].isSpace() && !found[i].isSurrogate())) {
             shown += found[i];
         } else {
             shown += QLatin1String("U+") +

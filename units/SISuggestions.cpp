@@ -45,6 +45,7 @@ public:
     explicit Ranking(const QString& word)
         : m_word(word)
         , m_farthest(word.size() <= 4 ? 2 : 4)
+        , m_isPrefix(isPrefixSymbol(word))
     {
     }
 
@@ -56,8 +57,9 @@ public:
         const int distance = distanceOf(m_word, text);
         const bool goesOn = text.startsWith(m_word);
         const bool isNear = distance <= m_farthest && distance < m_word.size(); // "x" is near to nothing
-        const bool completes = distance <= m_farthest && goesOn && rarity == 0;
-        if (isNear || completes || text.compare(m_word, Qt::CaseInsensitive) == 0)
+        const bool completes = distance <= m_farthest && goesOn && (rarity == 0 || m_word.size() > 1);
+        const bool isSameLetters = !m_isPrefix && text.compare(m_word, Qt::CaseInsensitive) == 0;
+        if (isNear || completes || isSameLetters)
             m_entries.emplace_back(distance, goesOn ? 0 : 1, rarity, text);
     }
 
@@ -77,6 +79,7 @@ private:
 
     QString m_word;
     int m_farthest;
+    bool m_isPrefix;
     std::vector<Entry> m_entries;
 };
 

@@ -72,6 +72,11 @@ const QList<UnitType> UnitType::FindCompatibleTypes(const Dimensions& dimensions
 // NOLINTNEXTLINE(readability-const-return-type)
 const UnitType UnitType::FindUnitType(const Dimensions& dimensions, const QString& text)
 {
+    return TypeFor(dimensions, text);
+}
+
+const UnitType& UnitType::TypeFor(const Dimensions& dimensions, const QString& text)
+{
     const auto found = typeIndex().find(dimensions);
     if (found == typeIndex().end())
         return CreateType(text, dimensions, QString());

@@ -61,7 +61,7 @@ bool Units::Impl::ParseSIString(const QString& text)
     scale = reader.scale();
     if (!isQuotient || !Internal::endsWell(form, text, reader.position()))
         return false;
-    type = UnitType::FindUnitType(reader.dimensions(), text);
+    type = UnitType::TypeFor(reader.dimensions(), text);
     logScale = logScaleOf(form, type);
     return true;
 }
