@@ -221,6 +221,22 @@ TEST_F(FunctionTrackerTest, MarksForANameAndAMeasurementAlsoWhileItIsUpdating)
     EXPECT_EQ(stateAfter([](Function& f) { f.SetMeasurement(HostMeasurement(s_gain)); }), -1);
 }
 
+TEST_F(FunctionTrackerTest, MarksBeforeItTakesAMeasurementAlsoWhileItIsUpdating)
+{
+    HostMeasurement gain(s_gain);
+    int stateBefore = 0;
+    int stateInClone = 0;
+    Function function;
+    gain.hooks.onClone = [&] { stateInClone = function.getDirtyTracker()->getDirtyState(); };
+    function.getDirtyTracker()->markDirty();
+    function.getDirtyTracker()->updateIfDirty([&] {
+        stateBefore = function.getDirtyTracker()->getDirtyState();
+        function.SetMeasurement(gain);
+    });
+    EXPECT_EQ(stateBefore, 1);
+    EXPECT_EQ(stateInClone, -1);
+}
+
 // Copies
 
 TEST_F(FunctionTrackerTest, IsNewAndCleanInACopy)

@@ -367,6 +367,21 @@ TEST_F(MeasurementManagerTest, StartsACategoryCleanThatARemovalHasEmptied)
     EXPECT_EQ(manager().GetMeasurements(s_early), listOf({other}));
 }
 
+TEST_F(MeasurementManagerTest, FindsNothingByWhatAnEmptiedCategoryHasLeftBehind)
+{
+    const QString alias = QStringLiteral("alias");
+    HostMeasurement* const level = add(s_late, s_name);
+    level->name = alias;
+    manager().Register(level);
+    remove({s_name});
+    ASSERT_EQ(manager().GetMeasurement(s_late, alias), level);
+    manager().GetMeasurements(
+        QStringLiteral("Optical")); // a category without names, just before what is left
+    EXPECT_EQ(manager().FindMeasurement(alias), nullptr);
+    HostMeasurement* const other = add(QStringLiteral("Zoology"), alias);
+    EXPECT_EQ(manager().FindMeasurement(alias), other);
+}
+
 TEST_F(MeasurementManagerTest, RegistersAgainWhatARemovalHandedOver)
 {
     add(s_early, s_name);

@@ -139,8 +139,11 @@ protected:
             if (!m_categories.contains(category))
                 manager().RemoveCategory(category);
         }
-        while (!HostMeasurement::live().empty())
-            delete *HostMeasurement::live().begin();
+        while (!HostMeasurement::live().empty()) {
+            const HostMeasurement* const left = *HostMeasurement::live().begin();
+            manager().RemoveCategory(left->category); // what a removal has left of it by name goes only so
+            delete left;
+        }
     }
 
     static Manager& manager() { return *Manager::Instance(); }
