@@ -131,13 +131,20 @@ public:
     /// Edge:   a success without a look at anything else if the SI strings are equal.
     ERESULT ConvertTo(const Units& target, BVariant& data) const;
 
-    /// Convert all elements of `data` from this unit to `target`, as doubles, or as complex doubles if they are
-    /// complex.
+    /// Convert all elements of `data` from this unit to `target`: an addition of this library for those who need the
+    /// numbers, which ConvertTo() of an array doesn't hand over.
     ///
-    /// Shape:  that of `data`, in its order of storage.
+    /// Nothing is decided by SI strings here: "in" are converted to "mil", though both have "m". Each element comes
+    /// out with the bits that ConvertTo() gives for it.
+    /// Shape:  a new array with that of `data`, in its order of storage; a scalar of a scalar. Elements are doubles,
+    ///         or complex doubles if those of `data` are complex.
     /// Units:  `data` in this unit, `*result` in `target`.
     /// Errors: ER_INVALID_ARGUMENT for units that aren't commensurable, a null `result`, and data that can't be
-    ///         converted; `*result` is then untouched.
+    ///         converted (null, text that isn't a number, times, elements that can't be fetched); `*result` is then
+    ///         untouched. No exception comes out.
+    /// Edge:   `result` may be `&data`.
+    /// Cost:   one pass over the elements into one new array, at the speed of memory between linear units.
+    /// Threads: reads only.
     ERESULT ConvertedTo(const Units& target, const BVariant& data, BVariant* result) const;
 
 protected:
