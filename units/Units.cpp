@@ -90,6 +90,8 @@ Units::Units(const QString& siString)
     SetSIUnits(siString);
 }
 
+// The folder's assignment, not its copy: a unit takes over no flags.
+// NOLINTNEXTLINE(bugprone-copy-constructor-init)
 Units::Units(const Units& other)
     : PropertyObject()
 {
@@ -97,7 +99,8 @@ Units::Units(const Units& other)
     m_impl = std::make_unique<Impl>(*other.m_impl);
 }
 
-// The children are cloned, not moved: the source may stand in a tree, and its folder stays whole.
+// The children are cloned, not moved: the source may stand in a tree, and its folder stays whole. That may throw.
+// NOLINTNEXTLINE(performance-noexcept-move-constructor)
 Units::Units(Units&& other)
     : PropertyObject()
 {
@@ -115,6 +118,7 @@ Units& Units::operator=(const Units& other)
     return *this;
 }
 
+// NOLINTNEXTLINE(performance-noexcept-move-constructor)
 Units& Units::operator=(Units&& other)
 {
     PropertyObject::operator=(other);
@@ -198,7 +202,7 @@ QString Units::GetSIUnits() const
 
 QString Units::GetUnitsLabel() const
 {
-    const QString label = textOf(*this, DisplayUnit);
+    QString label = textOf(*this, DisplayUnit);
     if (!label.isEmpty() || Orrery::Dimensionless(*this))
         return label;
     return GetSIUnits();

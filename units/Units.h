@@ -62,12 +62,12 @@ public:
     Units(const Units& other);
 
     /// As a copy, but the numbers are taken: the source may only be destroyed afterwards.
-    Units(Units&& other);
+    Units(Units&& other); // NOLINT(performance-noexcept-move-constructor): clones
 
     Units& operator=(const Units& other);
 
     /// As a copy, but the numbers are exchanged: the source keeps its children and gets the numbers of this unit.
-    Units& operator=(Units&& other);
+    Units& operator=(Units&& other); // NOLINT(performance-noexcept-move-constructor): clones
 
     const QString& PropertyObjType() const override;
     void OnDeserialization() override;
