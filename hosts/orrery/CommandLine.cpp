@@ -2,6 +2,7 @@
 
 #include "hosts/orrery/Diagnostics.h"
 #include "hosts/orrery/Failure.h"
+#include "hosts/orrery/Numbers.h"
 #include "hosts/orrery/Output.h"
 #include "hosts/orrery/PlainText.h"
 #include "hosts/orrery/commands/Commands.h"
@@ -9,10 +10,13 @@
 #include <CLI/CLI.hpp>
 #include <QTextCodec>
 
+#include <algorithm>
+#include <complex>
 #include <cstdio>
 #include <exception>
 #include <new>
 #include <string>
+#include <vector>
 
 namespace Orrery::Host {
 
@@ -48,7 +52,7 @@ std::string usageLine(const CLI::App& program, const CLI::Error& error)
             return "there is no command " + inQuotes(word);
         return "there is no option " + inQuotes(word);
     }
-    return "expected a command: import, ls, show or watch";
+    return "expected a command: import, ls, show, watch, units or convert";
 }
 
 void setUp(CLI::App& program, bool* isVerbose, Action* action)
@@ -63,10 +67,28 @@ void setUp(CLI::App& program, bool* isVerbose, Action* action)
     addLsCommand(program, action);
     addShowCommand(program, action);
     addWatchCommand(program, action);
+    addUnitsCommand(program, action);
+    addConvertCommand(program, action);
     program.get_formatter()->label("SUBCOMMAND", "COMMAND");
     program.get_formatter()->label("Subcommands", "Commands");
     program.footer("'orrery COMMAND --help' tells more about a command.\n"
                    "Exit codes: 0 good, 1 failure, 2 wrong usage.");
+}
+
+/// What was typed, for the parser, which wants the last word first.
+///
+/// To the parser "-40" is a number, but "-i" and "-.5" are options: a blank in front makes numbers of them.
+std::vector<std::string> wordsOf(int argc, const char* const* argv)
+{
+    std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    const bool isConversion = std::find(words.begin(), words.end(), "convert") != words.end();
+    for (std::string& word : words) {
+        std::complex<double> number;
+        if (isConversion && word.size() > 1 && word.front() == '-' && parseComplex(word, &number))
+            word.insert(0, 1, ' ');
+    }
+    std::reverse(words.begin(), words.end());
+    return words;
 }
 
 std::string helpText(const CLI::App& program)
@@ -82,7 +104,7 @@ int run(CLI::App& program, int argc, const char* const* argv, Output& out)
     bool isVerbose = false;
     setUp(program, &isVerbose, &action);
     try {
-        program.parse(argc, argv);
+        program.parse(wordsOf(argc, argv));
     } catch (const CLI::CallForHelp&) {
         out.write(helpText(program));
         out.flush();
@@ -108,7 +130,7 @@ int runCommandLine(int argc, const char* const* argv)
     // File names are UTF-8 whatever the locale says.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     silenceLog();
-    CLI::App program("Import, list and print data files of named variables.");
+    CLI::App program("Import, list and print data files of named variables, and convert units.");
     Output out;
     try {
         return run(program, argc, argv, out);

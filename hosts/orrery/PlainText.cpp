@@ -2,6 +2,8 @@
 
 #include <QTextCodec>
 
+#include <algorithm>
+
 namespace Orrery::Host {
 
 namespace {
@@ -76,6 +78,17 @@ QString decoded(std::string_view bytes)
     if (state.invalidChars == 0 && state.remainingChars == 0)
         return text;
     return QString::fromLatin1(bytes.data(), static_cast<int>(bytes.size()));
+}
+
+std::size_t columnsOf(std::string_view text)
+{
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char c) { return !isContinuation(c); }));
+}
+
+std::string padded(std::string_view text, std::size_t width)
+{
+    return std::string(text) + std::string(width - std::min(width, columnsOf(text)), ' ');
 }
 
 std::string_view trimmed(std::string_view text)

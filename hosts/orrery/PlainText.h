@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,12 @@ std::string inQuotes(std::string_view text);
 
 /// UTF-8 where the bytes are UTF-8, else Latin-1: files of older programs have "µ" and "°" in that form.
 QString decoded(std::string_view bytes);
+
+/// Columns that UTF-8 text takes on a terminal, as near as a count of its characters tells.
+std::size_t columnsOf(std::string_view text);
+
+/// `text` with blanks behind it, up to `width` columns.
+std::string padded(std::string_view text, std::size_t width);
 
 /// `text` without blanks, tabs and carriage returns at its ends.
 std::string_view trimmed(std::string_view text);

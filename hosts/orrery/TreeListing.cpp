@@ -33,13 +33,6 @@ enum Column
 
 using Row = std::array<std::string, ColumnCount>;
 
-// Characters, not bytes.
-std::size_t widthOf(std::string_view text)
-{
-    return static_cast<std::size_t>(std::count_if(
-        text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
-}
-
 bool isDigit(QChar c)
 {
     return c >= QLatin1Char('0') && c <= QLatin1Char('9');
@@ -227,13 +220,13 @@ void Listing::print(Output& out) const
     std::array<std::size_t, ColumnCount> widths = {};
     for (const Row& row : rows) {
         for (const Column column : columns())
-            widths[column] = std::max(widths[column], widthOf(row[column]));
+            widths[column] = std::max(widths[column], columnsOf(row[column]));
     }
     for (const Row& row : rows) {
         std::string line;
         for (const Column column : columns()) {
             if (widths[column] > 0) // a column that is empty throughout isn't there
-                line += row[column] + std::string(widths[column] - widthOf(row[column]) + 2, ' ');
+                line += row[column] + std::string(widths[column] - columnsOf(row[column]) + 2, ' ');
         }
         line.erase(line.find_last_not_of(' ') + 1);
         out.write(line + '\n');

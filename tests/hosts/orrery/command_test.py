@@ -76,7 +76,7 @@ class HelpTest(CommandTest):
     def test_help_is_there_for_the_program_and_each_command(self):
         text = self.good("--help")
         self.assertIn("Usage: orrery [OPTIONS] COMMAND", text)
-        for command in ("import", "ls", "show", "watch"):
+        for command in ("import", "ls", "show", "watch", "units", "convert"):
             self.assertIn(f"\n  {command} ", text)
             for flag in ("--help", "-h"):
                 self.assertIn(f"Usage: orrery {command} ", self.good(command, flag))
@@ -86,7 +86,7 @@ class HelpTest(CommandTest):
         self.assertRegex(self.good("--version"), r"^orrery \d+\.\d+\.\d+\n$")
 
     def test_help_lines_fit_a_terminal(self):
-        for command in ([], ["import"], ["ls"], ["show"], ["watch"]):
+        for command in ([], ["import"], ["ls"], ["show"], ["watch"], ["units"], ["convert"]):
             for line in self.good(*command, "--help").splitlines():
                 self.assertLessEqual(len(line), 80, line)
 
@@ -94,7 +94,7 @@ class HelpTest(CommandTest):
 class UsageTest(CommandTest):
     def test_wrong_usage_is_one_line_and_2(self):
         cases = [
-            ([], "expected a command: import, ls, show or watch; try 'orrery --help'"),
+            ([], "expected a command: import, ls, show, watch, units or convert; try 'orrery --help'"),
             (["frobnicate"], "there is no command 'frobnicate'; try 'orrery --help'"),
             (["--frobnicate"], "there is no option '--frobnicate'; try 'orrery --help'"),
             (["ls"], "FILE is required; try 'orrery ls --help'"),
@@ -111,6 +111,9 @@ class UsageTest(CommandTest):
             (["show", "f", "p", "--range", "5"],
              "--range: expected A:B, offsets from 0 with A up to but not including B, found '5'; "
              "try 'orrery show --help'"),
+            (["convert", "1", "m"], "TO is required; try 'orrery convert --help'"),
+            (["convert", "1;5", "m", "cm"],
+             "VALUE must be a number such as 20, -1.5e3 or 1+2i, not '1;5'; try 'orrery convert --help'"),
             (["watch"], "FILE is required; try 'orrery watch --help'"),
             (["watch", "f", "--plot", "0"],
              "--plot: expected a number from 1, found '0'; try 'orrery watch --help'"),
@@ -130,6 +133,9 @@ class UsageTest(CommandTest):
         for arguments in (["ls", "f", "--bad"], ["ls", "f", "p", "q"], ["import", "f", "g", "-o", "h"],
                           ["show", "f", "p", "--at", "1", "--range", "1:2"], ["show", "f", "p", "--at"],
                           ["watch", "f", "g"], ["watch", "f", "--queued=maybe"], ["watch", "f", "--step"],
+                          ["convert", "1", "m", "cm", "mm"], ["convert", "1", "m", "cm", "--digits", "18"],
+                          ["convert", "1", "m", "cm", "--digits", "0"], ["convert", "--frob", "1", "m", "cm"],
+                          ["units", "power"], ["units", "--type", "power", "--like", "W"],
                           ["import", "f", "-o"], ["import", "f", "-o", "a", "-o", "b"]):
             self.assertIn("; try 'orrery ", self.fails(2, *arguments))
 
@@ -331,6 +337,83 @@ class LsTest(CommandTest):
         for size in (1, 100, len(content) // 2, len(content) - 1):
             self.write("cut.h5", content[:size])
             self.assertTrue(self.fails(1, "ls", "cut.h5").startswith("cut.h5: "))
+
+
+class ConvertTest(CommandTest):
+    def refusal(self, *arguments, **options):
+        """The three lines of a unit that isn't one, without the program's name."""
+        result = self.run_orrery(*arguments, **options)
+        self.assertEqual((result.returncode, result.stdout), (1, b""), arguments)
+        lines = result.stderr.decode().splitlines()
+        self.assertTrue(lines[0].startswith("orrery: "), lines)
+        return [lines[0][len("orrery: "):], *lines[1:]]
+
+    def test_values(self):
+        for environment in LOCALES:
+            for arguments, text in ((["20", "dBm", "mW"], "100 mW"), (["100", "°C", "°F"], "212 °F"),
+                                    (["5", "in", "mil"], "5000 mil"), (["1", "kWh", "J"], "3600000 J"),
+                                    (["1+2i", "V", "mV"], "1000+2000i mV"), (["0-1j", "kOhm", "Ω"], "0-1000i Ω"),
+                                    (["0.5", "", "%"], "50 %"), (["50", "%", ""], "0.5"),
+                                    (["1", "µm", "nm"], "1000 nm"), (["1", "um", "nm"], "1000 nm"),
+                                    (["1", "kg*m^2/(A*s^3)", "V"], "1 V"), (["3", "m", "m"], "3 m")):
+                self.assertEqual(self.good("convert", *arguments, environment=environment), text + "\n")
+
+    def test_negative_values_are_no_options(self):
+        for value, text in (("-40", "-40000"), ("-.5", "-500"), ("-1e3", "-1e+06"), ("-i", "0-1000i"),
+                            ("-1-2i", "-1000-2000i"), ("-inf", "-inf")):
+            self.assertEqual(self.good("convert", value, "V", "mV"), text + " mV\n")
+            self.assertEqual(self.good("-v", "convert", "--digits=4", "--", value, "V", "mV"), text + " mV\n")
+        self.assertEqual(self.good("convert", "-40", "degC", "degF"), "-40 °F\n")
+
+    def test_digits(self):
+        self.assertEqual(self.good("convert", "1", "m", "in"), "39.3700787402 in\n")
+        self.assertEqual(self.good("convert", "1", "m", "in", "--digits", "3"), "39.4 in\n")
+        self.assertEqual(self.good("convert", "1", "m", "in", "--digits", "17"), "39.37007874015748 in\n")
+
+    def test_a_text_that_is_no_unit_is_shown_with_a_caret(self):
+        for environment in LOCALES:
+            self.assertEqual(self.refusal("convert", "5", "m/s/s", "V", environment=environment),
+                             ["there is no unit 'm/s/s': a second '/' at 3; write m/s^2 or m/(s*s)",
+                              "  m/s/s", "     ^"])
+        for text, column in (("m/µx", 4), ("kg*", 5), ("x\n", 2)):
+            lines = self.refusal("convert", "5", "V", text)
+            self.assertEqual(len(lines), 3, lines)
+            self.assertEqual(lines[2], " " * column + "^", lines)
+        self.assertEqual(len(self.refusal("units", "--like", "frob")), 3)
+
+    def test_units_of_two_kinds(self):
+        self.assertEqual(self.fails(1, "convert", "5", "m", "V"),
+                         "can't convert m, length (m), to V, electric potential (m^2*kg/(s^3*A))")
+
+    def test_texts_that_are_no_utf8_or_very_long(self):
+        result = self.run_orrery("convert", "1", b"\xff\xfe", "m")
+        self.assertEqual(result.returncode, 1)
+        line = self.fails(1, "convert", "1", "(" * 100_000, "m")
+        self.assertLess(len(line), 1000)
+
+
+class UnitsTest(CommandTest):
+    def test_all_types_stand_under_headings(self):
+        for environment in LOCALES:
+            text = self.good("units", environment=environment)
+            headings = [line for line in text.splitlines() if line and not line.startswith(" ")]
+            self.assertIn("power (W)", headings)
+            self.assertIn("length (m)", headings)
+            self.assertEqual(headings, sorted(headings))
+            self.assertIn("  in   1 in = 0.0254 m\n", text)
+
+    def test_one_type(self):
+        self.assertEqual(self.good("units", "--type", "magnetic flux"),
+                         "magnetic flux (Wb)\n  Mx  1 Mx = 1e-08 Wb\n  Wb  1 Wb = 1 Wb\n")
+        self.assertRegex(self.good("units", "--type", "thermodynamic temperature"),
+                         r"\n  °C  x °C = x \+ 273.15 K +also Celsius, degC\n")
+        line = self.fails(1, "units", "--type", "size")
+        self.assertTrue(line.startswith("there is no type of units 'size'; there are acceleration, area, "), line)
+
+    def test_those_like_one(self):
+        text = self.good("units", "--like", "kg*m^2/s^3")
+        self.assertTrue(text.startswith("power (W)\n  kg*m^2/s^3 "), text)
+        self.assertIn("\n  dBm ", text)
 
 
 class ShowTest(CommandTest):
