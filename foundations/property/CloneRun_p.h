@@ -44,18 +44,26 @@ public:
     const QString& sourceName() const { return m_sourceName; }
 
     /// Whether the folder that the clones are made for still lives.
-    bool targetLives() const { return m_target.Get() != nullptr; }
+    bool targetLives() const { return !m_watchesTarget || m_target.Get() != nullptr; }
 
 private:
+    struct Child
+    {
+        const AbstractProperty* node;
+        PropertyHandle handle; // empty unless the children are watched
+    };
+
     const AbstractProperty* next();
     void keep(AbstractProperty* clone);
 
     const PropertyObject* m_source;              // only compared
     const AbstractProperty* m_current = nullptr; // the child whose turn it is; only compared
     bool m_nested;
+    bool m_watchesChildren; // code of a host runs while they are cloned, and may destroy any of them
+    bool m_watchesTarget;   // that, or while its former children go
     QString m_sourceName;
     PropertyHandle m_target;
-    std::vector<PropertyHandle> m_children;
+    std::vector<Child> m_children;
     std::size_t m_next = 0;
     Clones m_clones;
 };
