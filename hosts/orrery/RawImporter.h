@@ -15,6 +15,10 @@ namespace Orrery::Host {
 ///         vector keeps its name; if the folder has it already, "_2" and so on is put behind it.
 /// Texts:  "Title", "Date", "Plotname", "Flags", and "Command" and "Option" where there are such lines, are text
 ///         values of the folder; "Type" of a variable says what its values measure.
+/// Units:  those that the type of a vector has in such files, where it has any.
+/// Axes:   the first vector is what the others are plotted against: each that has the same dimensions refers to it as
+///         its one independent variable. In a nested sweep it is the innermost one and begins anew with each run. A plot of
+///         results that lie beside each other, such as an operating point, has no axis.
 class RawImporter
 {
 public:
@@ -30,7 +34,7 @@ public:
     PropertyObject* add(RawPlot plot);
 
 private:
-    QString folderName(const QString& plotName);
+    QString folderName(const QString& kind);
 
     PropertyObject* m_root;
     QHash<QString, int> m_numbers; // the last one of each kind

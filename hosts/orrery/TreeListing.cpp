@@ -6,10 +6,13 @@
 #include "hosts/orrery/ElementText.h"
 #include "hosts/orrery/PlainText.h"
 #include "hosts/orrery/TreeAccess.h"
+#include "hosts/orrery/UnitText.h"
+#include "variables/FunctionVarStrategy.h"
 #include "variables/Variable.h"
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +27,8 @@ enum Column
     Type,
     Shape,
     Elements,
+    UnitsLabel,
+    Axes,
     Count,
     Ordering,
     Flags,
@@ -74,6 +79,29 @@ bool comesBefore(const QString& a, const QString& b)
     return leftA != leftB ? leftA < leftB : a < b;
 }
 
+const char s_unreadable[] = "(can't be read)";
+
+// The name of an axis, with its path unless it lies beside the variable; "?" for one that leads nowhere.
+std::string axisText(const Variable& variable, int index)
+{
+    Variable* axis = nullptr;
+    if (variable.GetIndepVariable(&axis, index) < 0 || !axis)
+        return "?";
+    return axis->GetParent() == variable.GetParent() ? pathName(axis->GetName())
+                                                     : printable(axis->GetFullPath().toStdString());
+}
+
+// "over v(v-sweep)"; empty without axes.
+std::string axesText(const Variable& variable)
+{
+    constexpr int most = 8; // a hostile file may have millions
+    const int count = variable.GetIndepCount();
+    std::string text;
+    for (int i = 0; i < std::min(count, most); ++i)
+        text += (text.empty() ? "over " : ", ") + axisText(variable, i);
+    return count > most ? text + ", ..." : text;
+}
+
 class Listing
 {
 public:
@@ -90,9 +118,11 @@ private:
     bool isListed(const AbstractProperty& node) const;
     Row rowOf(AbstractProperty& node, std::size_t depth) const;
     static void describeValue(const BVariant& value, Row* row);
+    static void describeComputed(const Variable& variable, Row* row);
     static void describeVariable(const Variable& variable, Row* row);
     static std::string flagsOf(const AbstractProperty& node);
     std::vector<Column> columns() const;
+    Row heading() const;
 
     ListingOptions m_options;
     std::vector<Row> m_rows;
@@ -138,19 +168,23 @@ void Listing::describeValue(const BVariant& value, Row* row)
     try {
         ElementText(value).append(&text, 0);
     } catch (const std::exception&) {
-        (*row)[Value] = "(can't be read)"; // the rest of the table is worth having
+        (*row)[Value] = s_unreadable; // the rest of the table is worth having
         return;
     }
     (*row)[Value] = (*row)[Elements] == "text" ? inQuotes(text) : text;
 }
 
-// Stored data tell their shape without being read; of computed ones the first element tells the type.
-void Listing::describeVariable(const Variable& variable, Row* row)
+// What another process computed, and this one would only compute again.
+const SimpleProperty* storedResult(const Variable& variable)
 {
-    if (holdsStoredData(variable)) {
-        describeValue(variable.GetData(), row);
-        return;
-    }
+    if (!dynamic_cast<FunctionVarStrategy*>(variable.GetStrategyPtr().lock().get()))
+        return nullptr;
+    return dynamic_cast<const SimpleProperty*>(variable.GetPropertyConstPtr(QStringLiteral("Data")));
+}
+
+// Of computed values the first element tells the type.
+void Listing::describeComputed(const Variable& variable, Row* row)
+{
     std::vector<std::uint64_t> shape;
     if (variable.GetElementShape(&shape) < 0)
         return;
@@ -163,6 +197,24 @@ void Listing::describeVariable(const Variable& variable, Row* row)
     BVariant first;
     if (shape.front() > 0 && variable.GetValueAt(&first, 0) >= 0)
         (*row)[Elements] = elementTypeName(first.getWellKnownType());
+}
+
+// What is wrong with one variable leaves the rest of the table worth having.
+void Listing::describeVariable(const Variable& variable, Row* row)
+{
+    if (const std::optional<Units> units = unitsOf(variable))
+        (*row)[UnitsLabel] = "[" + unitsLabel(*units) + "]";
+    (*row)[Axes] = axesText(variable);
+    try {
+        if (holdsStoredData(variable))
+            describeValue(variable.GetData(), row);
+        else if (const SimpleProperty* const result = storedResult(variable))
+            describeValue(result->GetValue(), row);
+        else
+            describeComputed(variable, row);
+    } catch (const std::exception&) {
+        (*row)[Value] = s_unreadable;
+    }
 }
 
 std::string Listing::flagsOf(const AbstractProperty& node)
@@ -206,15 +258,26 @@ Row Listing::rowOf(AbstractProperty& node, std::size_t depth) const
 std::vector<Column> Listing::columns() const
 {
     if (m_options.isLong)
-        return {Name, Type, Shape, Elements, Count, Ordering, Flags, Value};
-    return {Name, Type, Shape, Elements, Value};
+        return {Name, Type, Shape, Elements, UnitsLabel, Axes, Count, Ordering, Flags, Value};
+    return {Name, Type, Shape, Elements, UnitsLabel, Axes, Value};
+}
+
+// Units and axes have a column only if something has them, so that trees without look as they always have.
+Row Listing::heading() const
+{
+    Row names = {"NAME", "TYPE", "SHAPE", "ELEMENTS", "UNITS", "AXES", "COUNT", "ORDERING", "FLAGS", "VALUE"};
+    for (const Column column : {UnitsLabel, Axes}) {
+        if (std::all_of(m_rows.begin(), m_rows.end(), [=](const Row& row) { return row[column].empty(); }))
+            names[column].clear();
+    }
+    return names;
 }
 
 void Listing::print(Output& out) const
 {
     std::vector<Row> rows;
     if (m_options.isLong && !m_rows.empty())
-        rows.push_back({"NAME", "TYPE", "SHAPE", "ELEMENTS", "COUNT", "ORDERING", "FLAGS", "VALUE"});
+        rows.push_back(heading());
     rows.insert(rows.end(), m_rows.begin(), m_rows.end());
 
     std::array<std::size_t, ColumnCount> widths = {};

@@ -31,6 +31,9 @@ const char s_help[] = R"(Each plot of the raw file becomes a folder of OUT, name
 and a number: dc1, dc2, ac1, tran1. Each vector becomes a variable in it, under
 its own name. Title, date, plot name and flags become texts of the folder.
 
+A vector gets the units of its type (V for voltage, Hz for frequency), and the
+first vector of a plot becomes the axis of those that are as long.
+
 OUT is written whole or not at all. If it exists and is an HDF5 file, it is
 replaced; any other file is replaced with --force only.
 

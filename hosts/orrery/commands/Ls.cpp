@@ -17,8 +17,9 @@ struct LsOptions
 };
 
 const char s_help[] = R"(One line for each folder and variable below PATH, or below the root of the file:
-name, type, shape and element type of the values, and the value itself if it is
-the only one. Names are written as they stand in a PATH.
+name, type, shape, element type and units of the values, the axis they lie over,
+and the value itself if it is the only one. Names are written as they stand in a
+PATH.
 
 -a shows every node: also hidden ones, and the values and references that
 folders and variables consist of.

@@ -2,6 +2,7 @@
 
 #include "foundations/property/SimpleProperty.h"
 #include "foundations/variant/VariantOperations.h"
+#include "hosts/orrery/UnitText.h"
 #include "variables/ExplicitDataVar.h"
 
 #include <gtest/gtest.h>
@@ -146,6 +147,64 @@ TEST(PlotVectors, MayHaveTheEmptyName)
     plot.vectors = {{"", "notype", BVariant(1.0)}};
     PropertyObject root;
     EXPECT_TRUE(RawImporter(&root).add(plot)->HasProperty(""));
+}
+
+TEST(PlotVectors, HaveTheUnitsOfTheirType)
+{
+    RawPlot plot = plotNamed("DC transfer characteristic");
+    plot.vectors = {{"temp-sweep", "temp-sweep", BVariant(27.0)},
+                    {"i(v1)", "current", BVariant(1.0)},
+                    {"n", "voltage-density", BVariant(1.0)}};
+    PropertyObject root;
+    PropertyObject* const folder = RawImporter(&root).add(plot);
+    const auto labelOf = [&](const char* name) {
+        const std::optional<Units> units = unitsOf(*folder->GetPtr<Variable>(name));
+        return units ? unitsLabel(*units) : "none";
+    };
+    EXPECT_EQ(labelOf("temp-sweep"), "\u00B0C");
+    EXPECT_EQ(labelOf("i(v1)"), "A");
+    EXPECT_EQ(labelOf("n"), "none");
+    EXPECT_EQ(textOf(folder->GetPtr<Variable>("n"), "Type"), "voltage-density");
+}
+
+TEST(PlotVectors, OfTheDimensionsOfTheFirstHaveItAsTheirAxis)
+{
+    const auto ofShape = [](const std::vector<std::uint64_t>& shape, std::size_t count) {
+        return BVariant(std::vector<double>(count, 1.0), shape);
+    };
+    RawPlot plot = plotNamed("DC transfer characteristic");
+    plot.vectors = {{"x", "voltage", ofShape({2, 3}, 6)},
+                    {"same", "voltage", ofShape({2, 3}, 6)},
+                    {"flat", "voltage", ofShape({6}, 6)},
+                    {"turned", "voltage", ofShape({3, 2}, 6)},
+                    {"single", "voltage", ofShape({1}, 1)}};
+    PropertyObject root;
+    PropertyObject* const folder = RawImporter(&root).add(plot);
+    Variable* axis = nullptr;
+    ASSERT_GE(folder->GetPtr<Variable>("same")->GetIndepVariable(&axis, 0), 0);
+    EXPECT_EQ(axis, folder->GetPtr<Variable>("x"));
+    EXPECT_EQ(folder->GetPtr<Variable>("same")->GetIndepCount(), 1);
+    for (const char* const name : {"x", "flat", "turned", "single"})
+        EXPECT_EQ(folder->GetPtr<Variable>(name)->GetIndepCount(), 0) << name;
+}
+
+TEST(PlotVectors, ThatLieBesideEachOtherHaveNoAxis)
+{
+    for (const char* const name : {"Operating Point", "Integrated Noise", "Transfer Function", "constants",
+                                   "Pole-Zero Analysis", "Sensitivity Analysis"}) {
+        RawPlot plot = plotNamed(name);
+        plot.vectors = {{"v(a)", "voltage", BVariant(1.0)}, {"v(b)", "voltage", BVariant(2.0)}};
+        PropertyObject root;
+        EXPECT_EQ(RawImporter(&root).add(plot)->GetPtr<Variable>("v(b)")->GetIndepCount(), 0) << name;
+    }
+}
+
+TEST(PlotVectors, OfOnePointOfASweepHaveAnAxis)
+{
+    RawPlot plot = plotNamed("DC transfer characteristic");
+    plot.vectors = {{"x", "voltage", BVariant(1.0)}, {"y", "voltage", BVariant(2.0)}};
+    PropertyObject root;
+    EXPECT_EQ(RawImporter(&root).add(plot)->GetPtr<Variable>("y")->GetIndepCount(), 1);
 }
 
 } // namespace Orrery::Host

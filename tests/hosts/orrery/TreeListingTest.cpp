@@ -1,9 +1,13 @@
 #include "hosts/orrery/TreeListing.h"
 
+#include "Core/FunctionProperty.h"
 #include "foundations/property/PropertyObject.h"
 #include "foundations/property/PropertyReference.h"
 #include "foundations/property/SimpleProperty.h"
+#include "hosts/orrery/TreeAccess.h"
+#include "units/Units.h"
 #include "variables/ExplicitDataVar.h"
+#include "variables/FunctionVar.h"
 
 #include <gmock/gmock.h>
 
@@ -72,6 +76,63 @@ TEST(Listing, OfEverythingInLongForm)
               "  Data              SimpleProperty     2 x 3  int32     6      row-major  --s\n"
               "  VariableStrategy  SimpleProperty     1      text      1                 --s    "
               "'ExplicitDataStrategy'\n");
+}
+
+TEST(Listing, ShowsUnitsAndAxes)
+{
+    PropertyObject root;
+    PropertyObject& inner = *addFolder(&root, "f");
+    const auto add = [](PropertyObject& folder, const char* name) {
+        return addVariable(&folder, name, BVariant(std::vector<double>{1, 2}));
+    };
+    const Variable* const near = add(root, "x/1");
+    const Variable* const far = add(inner, "t");
+    Variable* const y = add(root, "y");
+    ASSERT_GE(y->SetUnits(Units::FromSIString("mV")), 0);
+    for (const Variable* const axis : {near, far, near})
+        ASSERT_GE(y->AddIndepVariableRef(axis), 0);
+    ASSERT_GE(inner.DeleteProperty("t"), 0);
+    add(inner, "u");
+    ASSERT_GE(y->AddIndepVariableRef(inner.GetPtr<Variable>("u")), 0);
+    EXPECT_EQ(listed(root), "f/     PropertyObject\n"
+                            "  u    ExplVar         2  double\n"
+                            "x%2F1  ExplVar         2  double\n"
+                            "y      ExplVar         2  double  [mV]  over x%2F1, ?, x%2F1, /f/u\n");
+}
+
+TEST(Listing, ShowsUnitsThatCanNotBeUsedAsNone)
+{
+    PropertyObject root;
+    auto variable = std::make_unique<ExplicitDataVar>("y");
+    ASSERT_GE(variable->SetProperty(Variable::sUnitsPropertyName(), 5), 0);
+    ASSERT_GE(variable->SetProperty(Variable::sIndependentVars(), 5), 0);
+    variable->UpdateData(BVariant(1.5));
+    insertNode(&root, std::move(variable));
+    EXPECT_EQ(listed(root), "y  ExplVar  1  double  1.5\n");
+}
+
+TEST(Listing, ComputesNoFunction)
+{
+    PropertyObject root;
+    auto variable = std::make_unique<FunctionVar>("f");
+    ASSERT_GE(variable->AddArgumentRef(variable.get()), 0);
+    variable->SetFunction(new Function("polynomial-1"));
+    FunctionVar* const function = variable.get();
+    insertNode(&root, std::move(variable));
+    EXPECT_EQ(listed(root), "f  FunctionVar  null\n");
+    EXPECT_EQ(function->getDirtyTracker()->getUpdateCount(), 0);
+}
+
+TEST(Listing, GoesOnPastAVariableThatCanNotBeRead)
+{
+    PropertyObject root;
+    auto variable = std::make_unique<FunctionVar>("f");
+    ASSERT_GE(variable->DeleteProperty("Data"), 0);
+    insertNode(&root, std::move(variable));
+    ASSERT_GE(root.SetProperty("g", 5), 0);
+    EXPECT_EQ(listed(root, {true, false}).substr(0, 3), "f  ");
+    EXPECT_NE(listed(root, {true, false}).find("(can't be read)"), std::string::npos);
+    EXPECT_NE(listed(root, {true, false}).find("\ng "), std::string::npos);
 }
 
 TEST(Listing, HidesWhatIsHiddenUnlessAllIsWanted)

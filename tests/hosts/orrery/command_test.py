@@ -299,19 +299,20 @@ class LsTest(CommandTest):
     def test_folders_and_variables(self):
         self.import_sample()
         self.assertEqual(self.good("ls", "d.h5", "dc3"),
-                         "i(vd)        ExplVar  201  double\n"
-                         "temperature  ExplVar  1    double  27\n"
-                         "v(anode)     ExplVar  201  double\n"
-                         "v(v-sweep)   ExplVar  201  double\n")
-        self.assertEqual(self.good("ls", "d.h5", "/dc3/i(vd)"), "i(vd)  ExplVar  201  double\n")
+                         "i(vd)        ExplVar  201  double  [A]   over v(v-sweep)\n"
+                         "temperature  ExplVar  1    double  [°C]                   27\n"
+                         "v(anode)     ExplVar  201  double  [V]   over v(v-sweep)\n"
+                         "v(v-sweep)   ExplVar  201  double  [V]\n")
+        self.assertEqual(self.good("ls", "d.h5", "/dc3/i(vd)"), "i(vd)  ExplVar  201  double  [A]  over v(v-sweep)\n")
         self.assertTrue(self.good("ls", "d.h5").startswith("dc1/           PropertyObject\n  i(vd)  "))
 
     def test_everything_in_long_form(self):
         self.good("import", os.path.join(DATA, "shapes-unpadded-text.raw"), "-o", "d.h5")
         text = self.good("ls", "-la", "d.h5", "dc1")
         self.assertEqual(text.splitlines()[0].split(),
-                         ["NAME", "TYPE", "SHAPE", "ELEMENTS", "COUNT", "ORDERING", "FLAGS", "VALUE"])
+                         ["NAME", "TYPE", "SHAPE", "ELEMENTS", "UNITS", "AXES", "COUNT", "ORDERING", "FLAGS", "VALUE"])
         self.assertRegex(text, r"\nPlotname +SimpleProperty +1 +text +1 +--s +'DC transfer characteristic'\n")
+        self.assertRegex(text, r"\nv\(a\) +ExplVar +5 +double +\[V\] +over v\(v-sweep\) +5 +--s\n")
         self.assertRegex(text, r"\nmatrix +ExplVar +2 x 3 +double +6 +row-major +--s\n")
         self.assertRegex(text, r"\n  VariableStrategy +SimpleProperty +1 +text +1 +--s +'ExplicitDataStrategy'\n")
         self.assertRegex(text, r"\nscalar +ExplVar +1 +double +1 +--s +7\n")
