@@ -1,5 +1,6 @@
 // Measurements that turn on the tree while they run, and function variables that depend on themselves.
 #include "tests/variables/FunctionVarTestSupport.h"
+#include "variables/ConcatVar.h"
 #include "variables/ExplicitDataVarStrategy.h"
 
 #include <gtest/gtest.h>
@@ -283,6 +284,94 @@ TEST_F(RunTest, HearsAClientThatEndsTheOwner)
     client.onUpdate = [this] { top.DeleteProperty(QStringLiteral("f")); };
     EXPECT_TRUE(f->GetData().isNull());
     EXPECT_FALSE(top.HasProperty(QStringLiteral("f")));
+}
+
+// --- arguments that change the tree while they are brought up to date
+
+/// f adds x, the joined variable "c" and y. Asking c for its data computes its one member.
+class ComputingArgument : public FunctionVarTest
+{
+protected:
+    ConcatVar* c = insert(top, std::make_unique<ConcatVar>(QStringLiteral("c")));
+    FunctionVar* member = insert(top, std::make_unique<FunctionVar>(QStringLiteral("member")));
+    std::unique_ptr<RegisteredMeasurement> ofMember;
+
+    void measureMember(HostMeasurement::Body body)
+    {
+        ofMember = std::make_unique<RegisteredMeasurement>(std::move(body));
+        ofMember->giveTo(*member);
+        ASSERT_EQ(c->AddVariable(member), ER_SUCCESS);
+        c->getDirtyTracker()->markDirty();
+        total.giveTo(*f);
+        for (const Variable* argument : {x, static_cast<Variable*>(c), y})
+            ASSERT_EQ(f->AddArgumentRef(argument), ER_SUCCESS);
+    }
+};
+
+// What is joined is read as ever, so that only the argument itself is cut off from computing.
+TEST_F(ComputingArgument, HasItsMembersComputed)
+{
+    measureMember([](HostMeasurement& run) { return &run.target()->UpdateData(numbers({100})); });
+    EXPECT_EQ(ToDoubles(f->GetData()), Doubles{111});
+    EXPECT_EQ(ofMember->runs(), 1);
+    EXPECT_TRUE(isClean(*c));
+}
+
+TEST_F(ComputingArgument, MayEndTheArgumentBeforeIt)
+{
+    measureMember([this](HostMeasurement& run) {
+        top.DeleteProperty(QStringLiteral("x"));
+        return run.target();
+    });
+    f->UpdateData(numbers({5}));
+    EXPECT_THROW(f->GetData(), std::logic_error);
+    EXPECT_EQ(total.runs(), 0);
+    EXPECT_EQ(ToDoubles(f->GetData()), Doubles{5});
+}
+
+TEST_F(ComputingArgument, MayEndTheArgumentBehindIt)
+{
+    measureMember([this](HostMeasurement& run) {
+        top.DeleteProperty(QStringLiteral("y"));
+        return run.target();
+    });
+    EXPECT_THROW(f->GetData(), std::logic_error);
+    EXPECT_EQ(total.runs(), 0);
+}
+
+TEST_F(ComputingArgument, MayEndTheOwner)
+{
+    measureMember([this](HostMeasurement& run) {
+        top.DeleteProperty(QStringLiteral("f"));
+        return run.target();
+    });
+    f->GetPtr<PropertyObject>(argumentsName)
+        ->DeleteProperty(QStringLiteral("2")); // so that it is the last one
+    EXPECT_TRUE(f->GetData().isNull());
+    EXPECT_FALSE(top.HasProperty(QStringLiteral("f")));
+    EXPECT_EQ(total.runs(), 0);
+    EXPECT_EQ(total.census().probes, 0);
+}
+
+TEST_F(ComputingArgument, MayEmptyTheFolderOfArguments)
+{
+    measureMember([this](HostMeasurement& run) {
+        f->DeleteArguments();
+        return run.target();
+    });
+    EXPECT_THROW(f->GetData(), std::logic_error); // the one behind it has no reference any more
+    EXPECT_EQ(total.runs(), 0);
+}
+
+TEST_F(ComputingArgument, MayReplaceTheFunction)
+{
+    measureMember([this](HostMeasurement& run) {
+        total.giveTo(*f, {BVariant(1000.0)});
+        return run.target();
+    });
+    EXPECT_EQ(ToDoubles(f->GetData()), Doubles{11}); // the clone was made before
+    f->GetFunction()->SetParameters({BVariant(2000.0)});
+    EXPECT_EQ(ToDoubles(f->GetData()), Doubles{2011});
 }
 
 // --- what comes back from the probe

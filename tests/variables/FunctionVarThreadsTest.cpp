@@ -187,6 +187,35 @@ INSTANTIATE_TEST_SUITE_P(
                                                   const RegisteredMeasurement& next) { next.giveTo(f); }}),
     [](const auto& test) { return std::string(test.param.name); });
 
+// --- readers that come at once
+
+TEST(FunctionVarReaders, OfADirtyOneComputeItOnceBetweenThem)
+{
+    const RegisteredMeasurement idle([](HostMeasurement& run) { return run.target(); });
+    FunctionVar f(QStringLiteral("f"));
+    f.UpdateData(numbers({7}));
+    idle.giveTo(f);
+    constexpr int rounds = 200;
+    constexpr int readers = 3;
+    for (int round = 1; round <= rounds; ++round) {
+        f.getDirtyTracker()->markDirty();
+        std::promise<void> begin;
+        const std::shared_future<void> begun(begin.get_future());
+        std::vector<std::future<Doubles>> results;
+        for (int i = 0; i < readers; ++i) {
+            results.push_back(std::async(std::launch::async, [&f, begun] {
+                begun.wait();
+                return ToDoubles(f.GetData());
+            }));
+        }
+        begin.set_value();
+        for (auto& result : results)
+            ASSERT_EQ(result.get(), Doubles{7});
+        ASSERT_EQ(idle.runs(), round);
+        ASSERT_TRUE(isClean(f));
+    }
+}
+
 // --- variables of their own threads
 
 TEST(FunctionVarThreads, LeaveVariablesOfTheirOwnThreadsAlone)
