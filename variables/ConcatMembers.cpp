@@ -18,6 +18,14 @@ bool isExactly(const T& object)
     return typeid(object) == typeid(Usual);
 }
 
+void prefetch([[maybe_unused]] const void* object, [[maybe_unused]] std::size_t size)
+{
+#if defined(__GNUC__)
+    for (std::size_t line = 0; line < size; line += 64)
+        __builtin_prefetch(static_cast<const char*>(object) + line);
+#endif
+}
+
 AbstractProperty* targetOf(AbstractProperty& child)
 {
     if (isExactly<PropertyReference>(child))
@@ -67,10 +75,44 @@ AbstractProperty* ConcatMembers::child() const
     return m_held[m_held.size() - fromEnd].Get();
 }
 
+AbstractProperty* ConcatMembers::target()
+{
+    if (m_held.empty()) {
+        lookAhead();
+        if (AbstractProperty* const found = m_ahead[static_cast<std::size_t>(m_next - 1) % m_ahead.size()])
+            return found;
+    }
+    AbstractProperty* const node = child();
+    return node ? targetOf(*node) : nullptr;
+}
+
+/// Of many members most lie in no cache, and each is five steps from one place in memory to another. As long as nothing
+/// can change the tree, the first steps of the next members are taken while the present one is waited for.
+void ConcatMembers::lookAhead()
+{
+    const int present = m_next - 1;
+    const int length = static_cast<int>(m_ahead.size());
+    const int end = std::min(m_children.size(), present + length);
+    for (; m_lookedUp < end; ++m_lookedUp) {
+        AbstractProperty& node = *m_children.at(m_lookedUp);
+        AbstractProperty*& found = m_ahead[static_cast<std::size_t>(m_lookedUp) % m_ahead.size()];
+        // Others may run code of a host, so that they are asked in their turn only.
+        found =
+            isExactly<PropertyReference>(node) ? static_cast<PropertyReference&>(node).Resolve() : nullptr;
+        prefetch(found, sizeof(Variable));
+        if (m_lookedUp + length / 2 < m_children.size())
+            prefetch(m_children.at(m_lookedUp + length / 2), sizeof(PropertyReference));
+    }
+    if (present + length / 2 < end) {
+        if (const AbstractProperty* const found =
+                m_ahead[static_cast<std::size_t>(present + length / 2) % m_ahead.size()])
+            MemberReader::prefetch(*found);
+    }
+}
+
 bool ConcatMembers::resolve()
 {
-    AbstractProperty* const node = child();
-    const Variable* const variable = node ? asVariable(targetOf(*node)) : nullptr;
+    const Variable* const variable = asVariable(target());
     if (!variable || ReadInProgress::covers(*variable))
         return false;
     m_member = MemberReader(*variable);

@@ -6,6 +6,7 @@
 
 #include <QList>
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -34,8 +35,8 @@ public:
     /// Go on to the next member; false behind the last one.
     bool next();
 
-    /// The position of the present member, from 0 on.
-    std::uint64_t position() const { return static_cast<std::uint64_t>(m_next) - 1; }
+    /// Go back by one member, so that next() comes to the present one again.
+    void back() { --m_next; }
 
     /// Resolve the present member: the child itself, or what the child refers to. False if it doesn't resolve: it is
     /// neither, or no Variable, or being read on this thread already.
@@ -49,12 +50,18 @@ public:
 
 private:
     AbstractProperty* child() const;
+    AbstractProperty* target();
+    void lookAhead();
     void holdRemaining();
 
     QList<AbstractProperty*> m_children;
     std::vector<PropertyHandle> m_held; // the last children of the list, from the first one on that needs it
     int m_next = 0;
     MemberReader m_member;
+
+    // Targets of the children from the present one on, as far as they have been looked up; by position modulo length.
+    std::array<AbstractProperty*, 8> m_ahead = {};
+    int m_lookedUp = 0;
 };
 
 /// Which offsets of each member a run [start, end) of the whole takes.

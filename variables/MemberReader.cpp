@@ -25,6 +25,17 @@ MemberReader::MemberReader(const Variable& variable)
         m_plain = variable.plainStrategy();
 }
 
+void MemberReader::prefetch([[maybe_unused]] const AbstractProperty& node)
+{
+#if defined(__GNUC__)
+    if (!isExactly<ExplicitDataVar>(node) && !isExactly<Variable>(node))
+        return;
+    const auto& variable = static_cast<const Variable&>(node);
+    __builtin_prefetch(variable.m_strategy.get());
+    __builtin_prefetch(variable.m_dirtyTracker.get());
+#endif
+}
+
 std::uint64_t MemberReader::GetMaxIndepOffset()
 {
     m_vector = m_plain ? findVector() : nullptr;

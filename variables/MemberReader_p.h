@@ -9,6 +9,7 @@ namespace Orrery {
 
 using Brindle::Quay::BVariant;
 
+class AbstractProperty;
 class IVariableStrategy;
 class Variable;
 
@@ -23,6 +24,9 @@ public:
 
     /// The Variable isn't owned, and must live as long as it is read.
     explicit MemberReader(const Variable& variable);
+
+    /// Fetch into the cache what a read of the Variable begins with; nothing for any other node.
+    static void prefetch(const AbstractProperty& node);
 
     /// Whether reading runs nothing but code of this library, so that the tree stays as it is.
     bool isPlain() const { return m_plain != nullptr; }

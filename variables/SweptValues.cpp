@@ -26,11 +26,6 @@ std::vector<std::uint64_t> dimensionsFor(const BVariant& sample, std::uint64_t c
     return dimensions;
 }
 
-bool isText(const BVariant& array)
-{
-    return array.getWellKnownType() == WellKnownType::of<std::string>();
-}
-
 template <std::size_t Size>
 void repeatBytes(std::byte* first, std::uint64_t count)
 {
@@ -65,40 +60,48 @@ void repeatElement(std::byte* first, std::uint64_t count, std::size_t size, bool
 } // namespace
 
 SweptValues::SweptValues(const BVariant& sample, std::uint64_t count)
-    : m_count(count)
+    : m_type(sample.getWellKnownType())
+    , m_count(count)
 {
-    const WellKnownType type = sample.getWellKnownType();
     const std::vector<std::uint64_t> dimensions = dimensionsFor(sample, count);
     for (std::size_t i = 1; i < dimensions.size(); ++i)
         m_stride *= dimensions[i];
     // Where every place is one element, what isn't filled in the end is all that has to be cleared.
-    m_array = m_stride == 1 ? Brindle::Quay::createUninitializedArray(type, dimensions)
-                            : Brindle::Quay::createArray(type, dimensions);
+    m_array = m_stride == 1 ? Brindle::Quay::createUninitializedArray(m_type, dimensions)
+                            : Brindle::Quay::createArray(m_type, dimensions);
     m_data = static_cast<std::byte*>(m_array.mutableData());
-    m_elementSize = Brindle::Quay::elementSize(type);
+    m_elementSize = Brindle::Quay::elementSize(m_type);
 }
 
-BVariant SweptValues::converted(const BVariant& value) const
+bool SweptValues::isText() const
+{
+    return m_type == WellKnownType::of<std::string>();
+}
+
+/// The value in the type of the array: itself, or *converted.
+const BVariant& SweptValues::fit(const BVariant& value, BVariant* converted) const
 {
     if (!value.holdsScalar())
         throw std::invalid_argument("The given Brindle::Quay::BVariant must hold a scalar value.");
-    const WellKnownType type = m_array.getWellKnownType();
-    BVariant element = Brindle::Quay::convertedTo(value, type);
-    if (element.isNull())
-        throw std::runtime_error(Brindle::Quay::conversionMessage(value, type));
-    return element;
+    if (value.getWellKnownType() == m_type)
+        return value;
+    *converted = Brindle::Quay::convertedTo(value, m_type);
+    if (converted->isNull())
+        throw std::runtime_error(Brindle::Quay::conversionMessage(value, m_type));
+    return *converted;
 }
 
 void SweptValues::append(const BVariant& value, std::uint64_t length)
 {
     if (length == 0)
         return;
-    const BVariant element = converted(value);
-    if (length > m_count - m_written || m_array.isEmpty())
+    BVariant converted;
+    const BVariant& element = fit(value, &converted);
+    if (length > m_count - m_written || m_stride == 0)
         throw std::out_of_range("Indices out of bounds.");
     Brindle::Quay::copyElements(element, 0, 1, place(m_written));
     if (m_stride == 1) {
-        repeatElement(place(m_written), length, m_elementSize, isText(m_array));
+        repeatElement(place(m_written), length, m_elementSize, isText());
     } else {
         for (std::uint64_t i = 1; i < length; ++i)
             Brindle::Quay::copyElements(element, 0, 1, place(m_written + i));
@@ -108,7 +111,7 @@ void SweptValues::append(const BVariant& value, std::uint64_t length)
 
 BVariant SweptValues::take()
 {
-    if (m_stride == 1 && m_written < m_count && !isText(m_array))
+    if (m_stride == 1 && m_written < m_count && !isText())
         std::memset(place(m_written), 0, (m_count - m_written) * m_elementSize);
     return std::move(m_array);
 }

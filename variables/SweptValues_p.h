@@ -30,9 +30,11 @@ public:
     BVariant take();
 
 private:
-    BVariant converted(const BVariant& value) const;
+    bool isText() const;
+    const BVariant& fit(const BVariant& value, BVariant* converted) const;
     std::byte* place(std::uint64_t position) { return m_data + position * m_stride * m_elementSize; }
 
+    Brindle::Quay::WellKnownType m_type;
     BVariant m_array;
     std::byte* m_data;
     std::size_t m_elementSize;

@@ -7,7 +7,9 @@
 #include "variables/ReadInProgress_p.h"
 #include "variables/SweptValues_p.h"
 
+#include <cstddef>
 #include <limits>
+#include <vector>
 
 namespace Orrery {
 namespace {
@@ -25,6 +27,8 @@ const T* linked(const PropertyObject& owner, const QString& name)
     }
     return dynamic_cast<const T*>(node);
 }
+
+constexpr std::size_t s_membersAtOnce = 64;
 
 /// The two variables that a sweep is computed from.
 class Sources
@@ -46,7 +50,9 @@ public:
     ERESULT fill(SweptValues& values, MemberRuns runs, ERESULT code) const;
 
 private:
-    bool nextSize(ConcatMembers& members, std::uint64_t* size) const;
+    bool nextSizes(ConcatMembers& members, std::size_t most, std::vector<std::uint64_t>* sizes) const;
+    ERESULT append(SweptValues& values, const MemberRuns::Run& run, std::uint64_t position,
+                   ERESULT code) const;
     ERESULT parameterAt(BVariant* out, std::uint64_t position) const;
 
     PropertyHandle m_parameter; // a member may run code of a host that destroys it
@@ -63,17 +69,30 @@ ERESULT Sources::check() const
                                                                                         : ER_SUCCESS;
 }
 
-/// The number of offsets of the present member; false if it doesn't resolve. The concatenation counts as being read
-/// only here: a sweep may well take the concatenation's own values as its parameter.
-bool Sources::nextSize(ConcatMembers& members, std::uint64_t* size) const
+/// The numbers of offsets of the next members; false if one doesn't resolve. The concatenation counts as being read only
+/// here: a sweep may well take the concatenation's own values as its parameter.
+///
+/// They are as many as can't be told from reading one by one: of members that run code of a host there is one alone.
+bool Sources::nextSizes(ConcatMembers& members, std::size_t most, std::vector<std::uint64_t>* sizes) const
 {
+    sizes->clear();
     const AbstractProperty* const concatenation = m_concatenation.Get();
     if (!concatenation)
         return false;
     const ReadInProgress reading(*concatenation);
-    if (reading.isRefused() || !members.resolve())
+    if (reading.isRefused())
         return false;
-    *size = members.member().GetMaxIndepOffset();
+    while (sizes->size() < most && members.next()) {
+        if (!members.resolve())
+            return false;
+        if (!members.member().isPlain() && !sizes->empty()) {
+            members.back();
+            break;
+        }
+        sizes->push_back(members.member().GetMaxIndepOffset());
+        if (!members.member().isPlain())
+            break;
+    }
     return true;
 }
 
@@ -86,36 +105,52 @@ ERESULT Sources::parameterAt(BVariant* out, std::uint64_t position) const
 ERESULT Sources::valueAt(BVariant* out, std::uint64_t offset) const
 {
     ConcatMembers members(*static_cast<const ConcatVar*>(m_concatenation.Get()));
+    std::vector<std::uint64_t> sizes;
+    std::uint64_t position = 0;
     std::uint64_t end = 0;
-    while (members.next()) {
-        std::uint64_t size = 0;
-        if (!nextSize(members, &size))
-            return ER_FAILED;
-        end += size;
-        if (offset < end)
-            return parameterAt(out, members.position());
-    }
-    return ER_INVALID_ARGUMENT;
+    bool areThere = true;
+    do {
+        areThere = nextSizes(members, s_membersAtOnce, &sizes);
+        for (const std::uint64_t size : sizes) {
+            end += size;
+            if (offset < end)
+                return parameterAt(out, position);
+            ++position;
+        }
+    } while (areThere && !sizes.empty());
+    return areThere ? ER_INVALID_ARGUMENT : ER_FAILED;
 }
 
+/// Lengths first and values then, some members at a time: two short loops wait for memory less often than a long one.
 ERESULT Sources::fill(SweptValues& values, MemberRuns runs, ERESULT code) const
 {
-    if (!m_concatenation.Get())
+    if (!m_concatenation.Get() || !m_parameter.Get())
         return ER_FAILED;
     ConcatMembers members(*static_cast<const ConcatVar*>(m_concatenation.Get()));
-    while (members.next()) {
-        std::uint64_t size = 0;
-        if (!nextSize(members, &size))
-            return ER_FAILED;
-        const MemberRuns::Run run = runs.next(size);
-        if (!run.isTaken)
-            continue;
-        BVariant value; // fresh, so that a read that fails doesn't repeat the one before
-        code = parameterAt(&value, members.position());
-        values.append(value, run.end - run.start);
-        if (code < 0)
-            return code;
-    }
+    const bool isPlain = MemberReader(*static_cast<const Variable*>(m_parameter.Get())).isPlain();
+    std::vector<std::uint64_t> sizes;
+    std::uint64_t position = 0;
+    bool areThere = true;
+    do {
+        areThere = nextSizes(members, isPlain ? s_membersAtOnce : 1, &sizes);
+        for (const std::uint64_t size : sizes) {
+            code = append(values, runs.next(size), position++, code);
+            if (code < 0)
+                return code;
+        }
+    } while (areThere && !sizes.empty());
+    return areThere ? code : ER_FAILED;
+}
+
+/// The code so far is the result if nothing is taken.
+ERESULT Sources::append(SweptValues& values, const MemberRuns::Run& run, std::uint64_t position,
+                        ERESULT code) const
+{
+    if (!run.isTaken)
+        return code;
+    BVariant value; // fresh, so that a read that fails doesn't repeat the one before
+    code = parameterAt(&value, position);
+    values.append(value, run.end - run.start);
     return code;
 }
 
