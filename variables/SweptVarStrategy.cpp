@@ -7,8 +7,8 @@
 #include "variables/ReadInProgress_p.h"
 #include "variables/SweptValues_p.h"
 
+#include <algorithm>
 #include <cstddef>
-#include <limits>
 #include <vector>
 
 namespace Orrery {
@@ -29,6 +29,13 @@ const T* linked(const PropertyObject& owner, const QString& name)
 }
 
 constexpr std::size_t s_membersAtOnce = 64;
+
+/// An end before the start gives more elements than any array can have, however far that wraps around.
+std::uint64_t lengthOf(std::uint64_t start, std::uint64_t end)
+{
+    const std::uint64_t length = end - start;
+    return end < start ? std::max(length, std::uint64_t(1) << 63U) : length;
+}
 
 /// The two variables that a sweep is computed from.
 class Sources
@@ -226,8 +233,7 @@ ERESULT SweptVarStrategy::GetValueRange(BVariant* out, std::uint64_t start, std:
         return code;
     BVariant sample;
     code = sources.valueAt(&sample, 0);
-    // An end before the start is more than any array can have.
-    SweptValues values(sample, end < start ? std::numeric_limits<std::uint64_t>::max() : end - start);
+    SweptValues values(sample, lengthOf(start, end));
     if (code >= 0)
         code = sources.fill(values, MemberRuns(start, end), code);
     *out = values.take();
