@@ -92,7 +92,7 @@ public:
     double GetLogScale() const { return m_impl->logScale; }
     const UnitType& GetUnitType() const { return m_impl->type; }
 
-    /// Whether the logarithmic scale isn't 0; NaN isn't.
+    /// Whether the logarithmic scale isn't 0; a NaN counts as not 0.
     bool IsLogarithmic() const { return m_impl->logScale != 0.0; }
 
     /// The SI string as it was given, blanks included; empty without one.

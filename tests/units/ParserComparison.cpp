@@ -35,7 +35,8 @@ void compareText(std::ostream& out, const char* what, const QString& found, cons
 
 bool hasLineBreak(const QString& text)
 {
-    static const QString breaks = QStringLiteral("\n\v\f\r") + QChar(0x0085);
+    static const QString breaks = QStringLiteral("\n\v\f\r") + QChar(0x0085) + QChar(QChar::LineSeparator) +
+                                  QChar(QChar::ParagraphSeparator);
     for (const QChar unit : text) {
         if (breaks.contains(unit))
             return true;
