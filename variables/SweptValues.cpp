@@ -96,15 +96,29 @@ void SweptValues::append(const BVariant& value, std::uint64_t length)
     if (length == 0)
         return;
     BVariant converted;
-    const BVariant& element = fit(value, &converted);
+    appendFitting(fit(value, &converted), 0, length);
+}
+
+void SweptValues::appendElement(const BVariant& vector, std::uint64_t position, std::uint64_t length)
+{
+    if (length == 0)
+        return;
+    if (vector.getWellKnownType() == m_type)
+        appendFitting(vector, position, length);
+    else
+        append(Brindle::Quay::elementAt(vector, {position}), length);
+}
+
+void SweptValues::appendFitting(const BVariant& source, std::uint64_t position, std::uint64_t length)
+{
     if (length > m_count - m_written || m_stride == 0)
         throw std::out_of_range("Indices out of bounds.");
-    Brindle::Quay::copyElements(element, 0, 1, place(m_written));
+    Brindle::Quay::copyElements(source, position, 1, place(m_written));
     if (m_stride == 1) {
         repeatElement(place(m_written), length, m_elementSize, isText());
     } else {
         for (std::uint64_t i = 1; i < length; ++i)
-            Brindle::Quay::copyElements(element, 0, 1, place(m_written + i));
+            Brindle::Quay::copyElements(source, position, 1, place(m_written + i));
     }
     m_written += length;
 }

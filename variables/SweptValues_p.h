@@ -26,11 +26,15 @@ public:
     /// Errors: those of setElement. Without places nothing is asked of the value.
     void append(const BVariant& value, std::uint64_t length);
 
+    /// As append() of the element of a vector at that position, which must be inside.
+    void appendElement(const BVariant& vector, std::uint64_t position, std::uint64_t length);
+
     /// The array. To be called once, as the last operation.
     BVariant take();
 
 private:
     bool isText() const;
+    void appendFitting(const BVariant& source, std::uint64_t position, std::uint64_t length);
     const BVariant& fit(const BVariant& value, BVariant* converted) const;
     std::byte* place(std::uint64_t position) { return m_data + position * m_stride * m_elementSize; }
 

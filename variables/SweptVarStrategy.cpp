@@ -58,8 +58,9 @@ public:
 
 private:
     bool nextSizes(ConcatMembers& members, std::size_t most, std::vector<std::uint64_t>* sizes) const;
-    ERESULT append(SweptValues& values, const MemberRuns::Run& run, std::uint64_t position,
-                   ERESULT code) const;
+    const BVariant* storedParameter() const;
+    ERESULT append(SweptValues& values, const BVariant* stored, std::uint64_t position,
+                   std::uint64_t length) const;
     ERESULT parameterAt(BVariant* out, std::uint64_t position) const;
 
     PropertyHandle m_parameter; // a member may run code of a host that destroys it
@@ -140,24 +141,40 @@ ERESULT Sources::fill(SweptValues& values, MemberRuns runs, ERESULT code) const
     bool areThere = true;
     do {
         areThere = nextSizes(members, isPlain ? s_membersAtOnce : 1, &sizes);
+        const BVariant* const stored = isPlain ? storedParameter() : nullptr;
         for (const std::uint64_t size : sizes) {
-            code = append(values, runs.next(size), position++, code);
+            const MemberRuns::Run run = runs.next(size);
+            if (run.isTaken)
+                code = append(values, stored, position, run.end - run.start);
             if (code < 0)
                 return code;
+            ++position;
         }
     } while (areThere && !sizes.empty());
     return areThere ? code : ER_FAILED;
 }
 
-/// The code so far is the result if nothing is taken.
-ERESULT Sources::append(SweptValues& values, const MemberRuns::Run& run, std::uint64_t position,
-                        ERESULT code) const
+/// The parameter's values where they stand in memory, if they do; valid until a member is asked for its offsets.
+const BVariant* Sources::storedParameter() const
 {
-    if (!run.isTaken)
-        return code;
+    const auto* const parameter = static_cast<const Variable*>(m_parameter.Get());
+    if (!parameter)
+        return nullptr;
+    MemberReader reader(*parameter);
+    reader.GetMaxIndepOffset();
+    return reader.storedVector();
+}
+
+ERESULT Sources::append(SweptValues& values, const BVariant* stored, std::uint64_t position,
+                        std::uint64_t length) const
+{
+    if (stored && position < stored->elementCount()) {
+        values.appendElement(*stored, position, length);
+        return ER_SUCCESS;
+    }
     BVariant value; // fresh, so that a read that fails doesn't repeat the one before
-    code = parameterAt(&value, position);
-    values.append(value, run.end - run.start);
+    const ERESULT code = parameterAt(&value, position);
+    values.append(value, length);
     return code;
 }
 

@@ -85,8 +85,9 @@ ValueJoiner::~ValueJoiner()
 
 void ValueJoiner::append(const BVariant& piece)
 {
-    const std::uint64_t count = piece.elementCount();
-    if (count == 0 || tryAppend(piece, count))
+    const ArrayDimensionsView dimensions = piece.getDimensions();
+    const std::uint64_t count = dimensions.elementCount();
+    if (count == 0 || (isJoinable(dimensions) && tryAppend(piece, count)))
         return;
     // A new common type, of which there are few, or a failure.
     finish();
@@ -108,7 +109,7 @@ bool ValueJoiner::tryAppend(const BVariant& piece, std::uint64_t count)
         Brindle::Quay::copyElements(*fitting, 0, count, m_data + m_count * m_elementSize);
         m_count += count;
     }
-    if (m_shape.empty())
+    if (m_shape.empty() && piece.getDimensions().size() > 1)
         m_shape = shapeOf(piece);
     return true;
 }
@@ -121,8 +122,7 @@ const BVariant* ValueJoiner::fit(const BVariant& piece, std::uint64_t count, BVa
         return nullptr;
     const WellKnownType type = isJoining() ? m_type : m_out->getWellKnownType();
     const std::uint64_t present = isJoining() ? m_count : m_out->elementCount();
-    if (type == WellKnownType::RunTime || !isJoinable(piece.getDimensions()) ||
-        count > std::numeric_limits<std::uint64_t>::max() - present)
+    if (type == WellKnownType::RunTime || count > std::numeric_limits<std::uint64_t>::max() - present)
         return nullptr;
     const WellKnownType pieceType = piece.getWellKnownType();
     if (pieceType == type)
