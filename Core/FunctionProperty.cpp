@@ -82,9 +82,8 @@ const QString& Function::PropertyObjType() const
 
 AbstractProperty* Function::DoClone() const
 {
-    auto copy = std::make_unique<Function>();
-    *copy = *this;
-    return copy.release();
+    return new Function(
+        *this); // what an assignment to a new one gives, without the properties that it would replace
 }
 
 void Function::OnDeserialization()
