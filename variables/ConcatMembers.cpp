@@ -86,8 +86,9 @@ AbstractProperty* ConcatMembers::target()
     return node ? targetOf(*node) : nullptr;
 }
 
-/// Of many members most lie in no cache, and each is five steps from one place in memory to another. As long as nothing
-/// can change the tree, the first steps of the next members are taken while the present one is waited for.
+/// Of many members most lie in no cache, and each is five steps from one place in memory to another. As long
+/// as nothing can change the tree, the first steps of the next members are taken while the present one is
+/// waited for.
 void ConcatMembers::lookAhead()
 {
     const int present = m_next - 1;

@@ -21,8 +21,8 @@ ERESULT addMember(PropertyObject& owner, const Variable* variable);
 
 /// The members of a concatenation in order, as its folder holds them when the walk begins.
 ///
-/// A member may run code of a host when it is read, which may change the tree. A member that is destroyed meanwhile
-/// doesn't resolve; one that is added isn't part of the walk.
+/// A member may run code of a host when it is read, which may change the tree. A member that is destroyed
+/// meanwhile doesn't resolve; one that is added isn't part of the walk.
 /// Threads: one thread, like the tree.
 class ConcatMembers
 {
@@ -38,8 +38,8 @@ public:
     /// Go back by one member, so that next() comes to the present one again.
     void back() { --m_next; }
 
-    /// Resolve the present member: the child itself, or what the child refers to. False if it doesn't resolve: it is
-    /// neither, or no Variable, or being read on this thread already.
+    /// Resolve the present member: the child itself, or what the child refers to. False if it doesn't
+    /// resolve: it is neither, or no Variable, or being read on this thread already.
     bool resolve();
 
     /// Once more, after a read: whether the present member is still there. It may be another Variable then.
@@ -59,7 +59,8 @@ private:
     int m_next = 0;
     MemberReader m_member;
 
-    // Targets of the children from the present one on, as far as they have been looked up; by position modulo length.
+    // Targets of the children from the present one on, as far as they have been looked up; by position modulo
+    // length.
     std::array<AbstractProperty*, 8> m_ahead = {};
     int m_lookedUp = 0;
 };

@@ -15,8 +15,9 @@ class Variable;
 
 /// Reads one of many variables, as its virtual operations do.
 ///
-/// A host may override these. Most variables are of this library, though, and only return what they store; those are
-/// read past them, without holding what can't change meanwhile: for few elements that would take most of the time.
+/// A host may override these. Most variables are of this library, though, and only return what they store;
+/// those are read past them, without holding what can't change meanwhile: for few elements that would take
+/// most of the time.
 class MemberReader
 {
 public:
@@ -35,8 +36,8 @@ public:
     ERESULT GetValueAt(BVariant* out, std::uint64_t offset) const;
     ERESULT GetValueRange(BVariant* out, std::uint64_t start, std::uint64_t end) const;
 
-    /// A vector that is the whole data, where it is stored, for reading without a copy; null if it is none or isn't
-    /// stored. To be asked for after GetMaxIndepOffset(); valid until anything is read.
+    /// A vector that is the whole data, where it is stored, for reading without a copy; null if it is none or
+    /// isn't stored. To be asked for after GetMaxIndepOffset(); valid until anything is read.
     const BVariant* storedVector() const { return m_vector; }
 
 private:

@@ -11,10 +11,11 @@ class ReadInProgress;
 
 /// Counts the offsets of one joined object while its members are asked for theirs.
 ///
-/// Of members that are joined objects themselves each is counted once in a run, which lasts as long as the outermost
-/// one of these: sixty concatenations, each of which holds the one before twice, are sixty sums and not 2^60.
-/// A count that depends on what is being read further out holds in that place only and isn't kept. Where members
-/// contain one another in so many ways that this takes too long, such counts are kept all the same.
+/// Of members that are joined objects themselves each is counted once in a run, which lasts as long as the
+/// outermost one of these: sixty concatenations, each of which holds the one before twice, are sixty sums and
+/// not 2^60. A count that depends on what is being read further out holds in that place only and isn't kept.
+/// Where members contain one another in so many ways that this takes too long, such counts are kept all the
+/// same.
 class OffsetCountRun
 {
 public:

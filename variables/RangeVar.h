@@ -7,8 +7,8 @@ namespace Orrery {
 
 /// A Variable that stands for an evenly spaced axis without storing it; the usual independent variable.
 ///
-/// A plain Variable with the range strategy behaves alike. A fresh one has none of its three parameters, and no
-/// values until "Start" and "Count" are set.
+/// A plain Variable with the range strategy behaves alike. A fresh one has none of its three parameters, and
+/// no values until "Start" and "Count" are set.
 class ORRERYCOREVARIABLES_EXPORT RangeVar : public Variable
 {
 public:

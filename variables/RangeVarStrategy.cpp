@@ -45,8 +45,9 @@ double valueOf(std::uint64_t offset, double step, double start)
 
 /// Writes the values of offsets [first, first + count).
 ///
-/// The machine converts 32-bit integers to double several at a time, 64-bit ones singly. Up to 2^53 each offset is
-/// exactly the sum of two doubles, a block's beginning and a 32-bit place in the block, so both ways agree.
+/// The machine converts 32-bit integers to double several at a time, 64-bit ones singly. Up to 2^53 each
+/// offset is exactly the sum of two doubles, a block's beginning and a 32-bit place in the block, so both
+/// ways agree.
 void fillValues(double* values, std::uint64_t first, std::uint64_t count, double step, double start)
 {
     constexpr std::uint64_t exactLimit = std::uint64_t(1) << std::numeric_limits<double>::digits;

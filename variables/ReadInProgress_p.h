@@ -8,9 +8,9 @@ class AbstractProperty;
 
 /// Notes, as long as it lives, that an object which is put together from others is being read on this thread.
 ///
-/// A tree can hold such objects that contain themselves, at once or by any detour. An object that is being read
-/// already counts as a member that doesn't resolve; so every reading operation makes one of these first and fails
-/// if it is refused, and asks covers() before it goes into a member.
+/// A tree can hold such objects that contain themselves, at once or by any detour. An object that is being
+/// read already counts as a member that doesn't resolve; so every reading operation makes one of these first
+/// and fails if it is refused, and asks covers() before it goes into a member.
 /// Edge:   refused as well behind MaxDepth nested ones, so that the stack bears any tree.
 /// Cost:   a few loads for each one that is noted; no allocation.
 class ReadInProgress
@@ -36,8 +36,8 @@ public:
     /// Tell how many elements the read of this object is going to put together in memory.
     void expectElements(std::uint64_t count) noexcept { m_expected = count; }
 
-    /// What the noted reads on this thread expect that the outermost expecting one contains; 0 without any. A sum past
-    /// 64 bits is the largest number.
+    /// What the noted reads on this thread expect that the outermost expecting one contains; 0 without any. A
+    /// sum past 64 bits is the largest number.
     static std::uint64_t nestedElements() noexcept;
 
 private:

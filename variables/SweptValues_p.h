@@ -15,8 +15,8 @@ using Brindle::Quay::BVariant;
 class SweptValues
 {
 public:
-    /// Room for `count` elements like `sample`: of its type, and with its dimensions behind the count unless it is a
-    /// scalar.
+    /// Room for `count` elements like `sample`: of its type, and with its dimensions behind the count unless
+    /// it is a scalar.
     ///
     /// Errors: those of createArray.
     SweptValues(const BVariant& sample, std::uint64_t count);

@@ -53,7 +53,8 @@ public:
     /// The parameter's value of the member that the offset lies in.
     ERESULT valueAt(BVariant* out, std::uint64_t offset) const;
 
-    /// Append each member's value, as often as `runs` takes an offset of the member. `code` is the result if none is.
+    /// Append each member's value, as often as `runs` takes an offset of the member. `code` is the result if
+    /// none is.
     ERESULT fill(SweptValues& values, MemberRuns runs, ERESULT code) const;
 
 private:
@@ -77,10 +78,11 @@ ERESULT Sources::check() const
                                                                                         : ER_SUCCESS;
 }
 
-/// The numbers of offsets of the next members; false if one doesn't resolve. The concatenation counts as being read only
-/// here: a sweep may well take the concatenation's own values as its parameter.
+/// The numbers of offsets of the next members; false if one doesn't resolve. The concatenation counts as
+/// being read only here: a sweep may well take the concatenation's own values as its parameter.
 ///
-/// They are as many as can't be told from reading one by one: of members that run code of a host there is one alone.
+/// They are as many as can't be told from reading one by one: of members that run code of a host there is one
+/// alone.
 bool Sources::nextSizes(ConcatMembers& members, std::size_t most, std::vector<std::uint64_t>* sizes) const
 {
     sizes->clear();
@@ -129,7 +131,8 @@ ERESULT Sources::valueAt(BVariant* out, std::uint64_t offset) const
     return areThere ? ER_INVALID_ARGUMENT : ER_FAILED;
 }
 
-/// Lengths first and values then, some members at a time: two short loops wait for memory less often than a long one.
+/// Lengths first and values then, some members at a time: two short loops wait for memory less often than a
+/// long one.
 ERESULT Sources::fill(SweptValues& values, MemberRuns runs, ERESULT code) const
 {
     if (!m_concatenation.Get() || !m_parameter.Get())
@@ -154,7 +157,8 @@ ERESULT Sources::fill(SweptValues& values, MemberRuns runs, ERESULT code) const
     return areThere ? code : ER_FAILED;
 }
 
-/// The parameter's values where they stand in memory, if they do; valid until a member is asked for its offsets.
+/// The parameter's values where they stand in memory, if they do; valid until a member is asked for its
+/// offsets.
 const BVariant* Sources::storedParameter() const
 {
     const auto* const parameter = static_cast<const Variable*>(m_parameter.Get());

@@ -7,8 +7,8 @@ namespace Orrery {
 
 /// A Variable that stretches the values of a sweep's parameter along the concatenation of the results.
 ///
-/// Edge:   no creator is registered for it: a saved one comes back as a folder of its type name. A plain Variable
-///         with the swept strategy comes back working.
+/// Edge:   no creator is registered for it: a saved one comes back as a folder of its type name. A plain
+///         Variable with the swept strategy comes back working.
 class ORRERYCOREVARIABLES_EXPORT SweptVariable : public Variable
 {
 public:

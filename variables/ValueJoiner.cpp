@@ -56,8 +56,9 @@ std::uint64_t memoryOfMachine()
     return std::numeric_limits<std::uint64_t>::max();
 }
 
-/// Nested joins are put together from the inside. Where they double what they contain, level by level, the first of
-/// them already knows that the last can't be held; the memory would be full long before that one fails.
+/// Nested joins are put together from the inside. Where they double what they contain, level by level, the
+/// first of them already knows that the last can't be held; the memory would be full long before that one
+/// fails.
 void expectRoomForNested(std::size_t elementSize)
 {
     constexpr std::uint64_t copies = 3; // the pieces, what they are joined to, and its place in the outer one
@@ -114,8 +115,8 @@ bool ValueJoiner::tryAppend(const BVariant& piece, std::uint64_t count)
     return true;
 }
 
-/// The piece in the type so far: itself (a copy of a variant would cost more than one of its few elements), or
-/// *converted; null for what doesn't fit.
+/// The piece in the type so far: itself (a copy of a variant would cost more than one of its few elements),
+/// or *converted; null for what doesn't fit.
 const BVariant* ValueJoiner::fit(const BVariant& piece, std::uint64_t count, BVariant* converted) const
 {
     if (!isJoining() && !isJoinable(m_out->getDimensions()))
@@ -133,8 +134,8 @@ const BVariant* ValueJoiner::fit(const BVariant& piece, std::uint64_t count, BVa
     return converted->isNull() ? nullptr : converted;
 }
 
-/// Room for what is expected, as far as what there is makes that likely: memory that is never touched costs little, but
-/// a Variable may claim any number of offsets. Text is made, so it is expected with more care.
+/// Room for what is expected, as far as what there is makes that likely: memory that is never touched costs
+/// little, but a Variable may claim any number of offsets. Text is made, so it is expected with more care.
 std::uint64_t ValueJoiner::capacityFor(std::uint64_t needed) const
 {
     constexpr std::uint64_t harmless = std::uint64_t(64) << 20U; // bytes

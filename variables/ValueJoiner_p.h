@@ -10,21 +10,21 @@ namespace Orrery {
 
 using Brindle::Quay::BVariant;
 
-/// Joins pieces into one value, in time linear in their elements, with the outcome of appendValues of what there is and
-/// each piece in turn.
+/// Joins pieces into one value, in time linear in their elements, with the outcome of appendValues of what
+/// there is and each piece in turn.
 ///
-/// That is to the letter: an empty piece changes nothing, a single one is the result itself, the type folds from the
-/// left, and the shape is that of the earliest piece that has several dimensions. Whatever appendValues refuses is
-/// handed to it, so that it fails in its own words.
+/// That is to the letter: an empty piece changes nothing, a single one is the result itself, the type folds
+/// from the left, and the shape is that of the earliest piece that has several dimensions. Whatever
+/// appendValues refuses is handed to it, so that it fails in its own words.
 class ValueJoiner
 {
 public:
-    /// `out` isn't owned, and holds what there is: nothing, or the first piece. `expected` is the number of elements that
-    /// are likely to come in all; it saves copies and needn't be true.
+    /// `out` isn't owned, and holds what there is: nothing, or the first piece. `expected` is the number of
+    /// elements that are likely to come in all; it saves copies and needn't be true.
     ValueJoiner(BVariant* out, std::uint64_t expected);
 
-    /// Puts what was joined into *out, where finish() wasn't called because of an exception; if memory doesn't suffice
-    /// for that, nothing.
+    /// Puts what was joined into *out, where finish() wasn't called because of an exception; if memory
+    /// doesn't suffice for that, nothing.
     ~ValueJoiner();
 
     ValueJoiner(const ValueJoiner&) = delete;
