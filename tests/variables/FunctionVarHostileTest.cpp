@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 
 namespace Orrery {
@@ -71,6 +72,19 @@ TEST_P(OwnerEndedByARun, IsBorneByTheReadWhenTheRunFails)
     GetParam().read(*f);
     EXPECT_EQ(log.debug().size(), 1);
     EXPECT_FALSE(top.HasProperty(QStringLiteral("f")));
+}
+
+TEST_P(OwnerEndedByARun, IsBorneByTheReadWhenAnotherVariableIsReturned)
+{
+    Variable other(QStringLiteral("other"), numbers({1}));
+    measure([this, &other](HostMeasurement&) {
+        top.DeleteProperty(QStringLiteral("f"));
+        return &other;
+    });
+    const MessageCapture log;
+    GetParam().read(*f);
+    EXPECT_EQ(log.warnings(), noLines); // there is nobody that it could differ from
+    EXPECT_EQ(ToDoubles(other.GetData()), Doubles{1});
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -409,6 +423,67 @@ TEST_F(RunTest, MayReturnAVariableWhoseDataEndTheOwnersFolderWhenMoved)
     measure([&other](HostMeasurement&) { return other.get(); });
     EXPECT_TRUE(f->GetData().isNull());
     EXPECT_FALSE(top.HasProperty(QStringLiteral("f")));
+}
+
+class ProbedMeasurement;
+
+/// The library's own probe, of which there is one at a time, always at the same address.
+class ProbeInPlace : public Probe<ProbedMeasurement, Variable, Variable>
+{
+public:
+    using Probe::Probe;
+
+    static void* operator new(std::size_t /*size*/);
+    static void operator delete(void* /*place*/) {}
+};
+
+alignas(std::max_align_t) unsigned char s_placeOfProbes[sizeof(ProbeInPlace)];
+
+void* ProbeInPlace::operator new(std::size_t /*size*/)
+{
+    return s_placeOfProbes;
+}
+
+/// A host's measurement that hands out what a function answers.
+class ProbedMeasurement : public Measurement<Variable>
+{
+public:
+    explicit ProbedMeasurement(std::function<Variable*()> answer)
+        : m_answer(std::move(answer))
+    {
+        set_name(QStringLiteral("probed"));
+    }
+
+    QString get_name() override { return name; }
+    AbstractProbe* make_probe() override { return new ProbeInPlace(this); }
+    Measurement<Variable>* clone() const override { return new ProbedMeasurement(*this); }
+    Variable* apply(Variable* /*input*/) { return m_answer(); }
+
+private:
+    std::function<Variable*()> m_answer;
+};
+
+// Results are remembered by the addresses of the probes, which come again.
+TEST_F(RunTest, MayReturnNothingThroughAProbeAtTheAddressOfAnEarlierOne)
+{
+    auto other = std::make_unique<Variable>(QStringLiteral("other"), numbers({8}));
+    auto function = std::make_unique<Function>();
+    function->SetMeasurement(ProbedMeasurement([&other] { return other.get(); }));
+    ASSERT_EQ(f->SetFunction(function.get()), ER_SUCCESS);
+    function.release();
+    f->AddArgumentRef(x);
+    {
+        const MessageCapture log;
+        EXPECT_EQ(ToDoubles(f->GetData()), Doubles{8});
+        EXPECT_EQ(log.warnings(), QStringList("f differs from other"));
+    }
+    *other = Variable(QStringLiteral("other"), numbers({9}));
+    const Variable* const former = other.release();
+    x->UpdateData(numbers({2}));
+    const MessageCapture log;
+    EXPECT_EQ(ToDoubles(f->GetData()), Doubles{8});
+    EXPECT_EQ(log.warnings(), noLines);
+    delete former;
 }
 
 // --- itself among its arguments

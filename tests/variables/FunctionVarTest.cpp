@@ -344,6 +344,17 @@ TEST_F(FunctionVarTest, BindsAFunctionThatTheTreeRefusesAndHasLeftTheOneThatItKe
     EXPECT_TRUE(isClean(*f));
 }
 
+TEST_F(FunctionVarTest, IsMarkedByACleanFunctionThatTheTreeRefusesToo)
+{
+    setUpAndRead();
+    PropertyObject elsewhere;
+    Function* refused = insert(elsewhere, total.function());
+    ASSERT_NE(refused->GetMeasurement(), nullptr);
+    ASSERT_TRUE(refused->getDirtyTracker()->isClean());
+    EXPECT_LT(f->SetFunction(refused), 0);
+    EXPECT_TRUE(isDirty(*f));
+}
+
 TEST_F(FunctionVarTest, BindsAFunctionForWhichItIsTooDeep)
 {
     PropertyObject* folder = &top;

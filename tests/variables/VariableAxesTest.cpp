@@ -426,6 +426,15 @@ TEST_F(Axes, MayBeReplacedByOneThatLivesInTheirFolder)
     EXPECT_EQ(indepAt(*v, 0), b);
 }
 
+TEST_F(Axes, CannotBeReplacedByTheOneThatGoesWithTheirFolder)
+{
+    PropertyObject* folder = insertFolder(*v, folderName);
+    const Variable* inside = insertVariable(*folder, zero);
+    ASSERT_NE(inside, nullptr);
+    EXPECT_LT(v->SetIndepVariableRef(inside), 0);
+    EXPECT_EQ(v->GetIndepCount(), 0);
+}
+
 // --- outside the tree
 
 TEST_F(Axes, OutsideTheTreeAreBoundLate)

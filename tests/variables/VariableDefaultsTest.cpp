@@ -1,16 +1,19 @@
 // What a complete Variable has and a new one lacks.
 #include "variables/VariableDefaults.h"
 
+#include "Core/FunctionProperty.h"
 #include "tests/foundations/storage/DataFiles.h"
 #include "tests/tracking/ChangeTestSupport.h"
 #include "tests/variables/VariableTestSupport.h"
 #include "units/Units.h"
+#include "variables/FunctionVar.h"
 #include "variables/RangeVarStrategy.h"
 #include "variables/Variable.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <stdexcept>
 #include <type_traits>
 
 namespace Orrery {
@@ -166,6 +169,27 @@ TEST(DefaultIndep, IsNotMadeWhereTheTreeIsTooDeep)
     defaults.InsertDefaultUnits(*v);
     EXPECT_EQ(v->GetPropertyCount(), children);
     EXPECT_EQ(v->GetIndepCount(), 0);
+}
+
+TEST(DefaultIndep, OfAFunctionVariableCountsWhatItComputes)
+{
+    PropertyObject top;
+    auto* f = insert(top, std::make_unique<FunctionVar>(QStringLiteral("f")));
+    auto* x = insert(top, std::make_unique<Variable>(QStringLiteral("x"), MakeCounting({4})));
+    auto function = std::make_unique<Function>(QStringLiteral("polynomial-1"));
+    function->SetParameters({BVariant(0.0), BVariant(1.0)});
+    ASSERT_EQ(f->SetFunction(function.get()), ER_SUCCESS);
+    function.release();
+    ASSERT_EQ(f->AddArgumentRef(x), ER_SUCCESS);
+    VariableDefaults().GenerateDefaultIndep(*f);
+    ASSERT_NE(indepAt(*f, 0), nullptr);
+    EXPECT_EQ(indepAt(*f, 0)->GetMaxIndepOffset(), 4u);
+
+    top.DeleteProperty(QStringLiteral("x"));
+    f->getDirtyTracker()->markDirty();
+    EXPECT_THROW(VariableDefaults().GenerateDefaultIndep(*f), std::logic_error);
+    EXPECT_EQ(f->GetIndepCount(), 1);
+    EXPECT_EQ(child(*f, "f_index0"), nullptr);
 }
 
 TEST(DefaultIndep, OfACloneIsItsOwn)

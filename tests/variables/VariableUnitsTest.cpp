@@ -253,6 +253,16 @@ TEST(UnitsOfAxes, AreSharedByAllThatAreMeasuredAgainstThem)
     EXPECT_FALSE(w->GetUnitsOfIndep(0).IsValid());
 }
 
+TEST(UnitsOfAxes, ReachAnAxisOutsideTheTree)
+{
+    Variable v(QStringLiteral("v"));
+    const Variable loose(QStringLiteral("t"));
+    ASSERT_EQ(v.AddIndepVariableRef(&loose), ER_SUCCESS);
+    ASSERT_EQ(v.SetUnitsOfIndep(unit("s"), 0), ER_SUCCESS);
+    EXPECT_EQ(siOf(loose.GetUnits()), QStringLiteral("s"));
+    EXPECT_EQ(v.GetIndepCount(), 1);
+}
+
 TEST(UnitsOfAxes, MayBeSetToThemselves)
 {
     PropertyObject top;
