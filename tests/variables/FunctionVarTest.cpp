@@ -490,6 +490,31 @@ TEST_F(FunctionVarTest, TellsNothingOfAnOrdinaryArgument)
     EXPECT_EQ(x->getObserver(), nullptr);
 }
 
+TEST_F(FunctionVarTest, RefusesAnArgumentThatIsBeingDestroyed)
+{
+    f->GetData();
+    ConnectedClient client(*x);
+    ERESULT code = ER_SUCCESS;
+    client.onRemoved = [&] { code = f->AddArgumentRef(x); };
+    delete x; // which leaves the tree only after it has said so
+    EXPECT_EQ(code, ER_INVALID_ARGUMENT);
+    EXPECT_EQ(argumentNames(*f), QStringList()); // the reference that couldn't be set is gone again
+    EXPECT_TRUE(isClean(*f));
+    EXPECT_EQ(sourceCount(*f), 0u);
+}
+
+TEST_F(FunctionVarTest, CannotResolveAnArgumentThatItTookOnItsWayOutOfTheTree)
+{
+    total.giveTo(*f);
+    ConnectedClient client(*x);
+    ERESULT code = ER_FAILED;
+    client.onRemoved = [&] { code = f->AddArgumentRef(x); };
+    top.DeleteProperty(QStringLiteral("x")); // taken out first, hence bound late
+    EXPECT_EQ(code, ER_SUCCESS);
+    EXPECT_EQ(sourceCount(*f), 1u); // its Function
+    EXPECT_THROW(f->GetData(), std::logic_error);
+}
+
 // --- arguments outside the tree
 
 TEST_F(FunctionVarTest, BindsArgumentsOutsideTheTreeLate)

@@ -223,6 +223,29 @@ TEST_F(Axes, AdditionPastTheLargestNumberFails)
     EXPECT_EQ(v->GetIndepCount(), 1);
 }
 
+TEST_F(Axes, AdditionOfAVariableThatIsBeingDestroyedFailsAndLeavesNoEntry)
+{
+    ConnectedClient client(*a);
+    ERESULT code = ER_SUCCESS;
+    client.onRemoved = [&] { code = v->AddIndepVariableRef(a); };
+    delete a; // which leaves the tree only after it has said so
+    EXPECT_EQ(code, ER_INVALID_ARGUMENT);
+    EXPECT_EQ(v->GetIndepCount(), 0);
+}
+
+TEST_F(Axes, AdditionOfAVariableOnItsWayOutOfTheTreeLeadsNowhereAfterwards)
+{
+    ConnectedClient client(*a);
+    ERESULT code = ER_FAILED;
+    client.onRemoved = [&] { code = v->AddIndepVariableRef(a); };
+    top.DeleteProperty(QStringLiteral("a")); // taken out first, hence bound late
+    EXPECT_EQ(code, ER_SUCCESS);
+    EXPECT_EQ(v->GetIndepCount(), 1);
+    const MessageCapture log;
+    EXPECT_EQ(indepAt(*v, 0), nullptr);
+    EXPECT_EQ(log.warnings(), QStringList(leadsNowhere()));
+}
+
 // --- a hostile folder
 
 TEST_F(Axes, ClearAValueInTheirFoldersPlaceWithAWarning)
