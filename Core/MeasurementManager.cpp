@@ -38,25 +38,29 @@ template <class T>
 MeasurementManager<T>::~MeasurementManager()
 {
     // A measurement may stand under two names, and its destructor may come back to this manager.
-    std::set<Measurement<T>*> owned;
+    std::set<const Measurement<T>*> destroyed;
     const auto byName = std::exchange(m_byName, {});
-    for (const ByName& measurements : byName)
-        owned.insert(measurements.begin(), measurements.end());
     m_measurements.clear();
-    for (const Measurement<T>* measurement : owned)
-        delete measurement;
+    for (const ByName& measurements : byName) {
+        for (const Measurement<T>* measurement : measurements) {
+            if (destroyed.insert(measurement).second)
+                delete measurement;
+        }
+    }
 }
 
 template <class T>
 ERESULT MeasurementManager<T>::Register(Measurement<T>* measurement)
 {
     const QString category = measurement->get_category();
+    const QString name =
+        measurement->get_name(); // asked first: it is the host's code, and may come back to here
     if (!m_measurements.contains(category)) {
         m_measurements[category] = {};
         m_byName[category] = {};
     }
     m_measurements[category].append(measurement);
-    m_byName[category][measurement->get_name()] = measurement;
+    m_byName[category][name] = measurement;
     return ER_SUCCESS;
 }
 

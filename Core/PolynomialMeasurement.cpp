@@ -1,5 +1,6 @@
 #include "Core/PolynomialMeasurement.h"
 
+#include "foundations/property/PropertyHandle.h"
 #include "foundations/variant/VariantOperations.h"
 #include "variables/Variable.h"
 
@@ -135,7 +136,13 @@ Variable* PolynomialMeasurement<N>::apply(Variable* input)
     if (!output)
         made = std::make_unique<Variable>();
     Variable* const target = made ? made.get() : output;
-    target->UpdateData(readByStrategy(*input), true, IsCellArrayFalse);
+    // To read an input that computes calls handlers of the host.
+    const PropertyHandle alive(target);
+    const BVariant data = readByStrategy(*input);
+    if (alive.IsExpired())
+        throw std::runtime_error(
+            "the output of a polynomial measurement was destroyed while its input was read");
+    target->UpdateData(data, true, IsCellArrayFalse);
     made.release(); // NOLINT(bugprone-unused-return-value): the caller's, as target
     return target;
 }

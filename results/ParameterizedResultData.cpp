@@ -4,6 +4,7 @@
 #include "foundations/property/PropertyReference.h"
 #include "tracking/Notifier.h"
 #include "variables/ConcatVar.h"
+#include "variables/NodeSnapshot_p.h"
 #include "variables/ReadInProgress_p.h"
 #include "variables/SweptVariable.h"
 #include "variables/VariableAxes_p.h"
@@ -129,11 +130,7 @@ private:
     {
         QList<AbstractProperty*> children;
         sweep().GetPrefixedChildrenProperties(&children, QString());
-        std::vector<PropertyHandle> handles;
-        handles.reserve(static_cast<std::size_t>(children.size()));
-        for (const AbstractProperty* child : qAsConst(children))
-            handles.emplace_back(child);
-        return handles;
+        return snapshotOf(children);
     }
 
     Variable* variableOf(ResultData& member) const
@@ -157,10 +154,7 @@ private:
         joined()->AddVariable(variable);
         if (!source.Get() || !isWhole())
             return;
-        std::vector<PropertyHandle> axes;
-        for (const Variable* axis : independentsOf(*variable))
-            axes.emplace_back(axis);
-        for (const PropertyHandle& axis : axes) {
+        for (const PropertyHandle& axis : independentsOf(*variable)) {
             if (axis.Get() && isWhole())
                 addIndependent(*static_cast<const Variable*>(axis.Get()));
         }
@@ -193,11 +187,8 @@ private:
         auto made = std::make_unique<SweptVariable>(parameter().GetName());
         const PropertyHandle swept(made.get());
         insertOrKeep(independents(), std::move(made));
-        std::vector<PropertyHandle> axes;
-        if (m_parameter.Get()) {
-            for (const Variable* axis : independentsOf(parameter()))
-                axes.emplace_back(axis);
-        }
+        const std::vector<PropertyHandle> axes =
+            m_parameter.Get() ? independentsOf(parameter()) : std::vector<PropertyHandle>();
         for (const PropertyHandle& axis : axes) {
             if (swept.Get() && axis.Get())
                 static_cast<SweptVariable*>(swept.Get())

@@ -31,6 +31,8 @@ std::uint64_t elementDimCount(const BVariant& data)
 const SimpleProperty* readDataProperty(Variable& owner)
 {
     const SimpleProperty* property = ensureDataProperty(owner);
+    if (!property)
+        return nullptr; // the owner itself may be gone: with what stood in the place of the data
     const std::shared_ptr<Variable::Tracker>& tracker = owner.getDirtyTracker();
     if (tracker && tracker->isDirty())
         tracker->updateIfDirty([] {});

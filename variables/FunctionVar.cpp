@@ -1,5 +1,7 @@
 #include "variables/FunctionVar.h"
 
+#include "variables/NodeSnapshot_p.h"
+
 #include <memory>
 #include <utility>
 
@@ -120,12 +122,14 @@ ERESULT RelinkFunctionVariables(PropertyObject& tree)
             result = code;
     };
     if (const auto* variable = dynamic_cast<const Variable*>(&tree)) {
+        const PropertyHandle self(variable);
         if (const auto strategy = computingStrategyOf(*variable))
             note(strategy->Relink());
+        if (self.IsExpired())
+            return result;
     }
-    const QList<AbstractProperty*> children = tree.GetPropertyListSorted();
-    for (AbstractProperty* child : children) {
-        if (auto* folder = dynamic_cast<PropertyObject*>(child))
+    for (const PropertyHandle& child : snapshotOf(tree.GetPropertyListSorted())) {
+        if (auto* folder = dynamic_cast<PropertyObject*>(child.Get()))
             note(RelinkFunctionVariables(*folder));
     }
     return result;

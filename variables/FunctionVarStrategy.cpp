@@ -9,6 +9,8 @@
 #include "tracking/Notifier.h"
 #include "tracking/ObservablePropertyReference.h"
 #include "variables/GetAt_p.h"
+#include "variables/NodeSnapshot_p.h"
+#include "variables/ReadInProgress_p.h"
 #include "variables/Variable.h"
 
 #include <QDebug>
@@ -172,12 +174,8 @@ void pushArguments(const Variable& owner, const QString& folderName, Measurement
         return;
     QList<AbstractProperty*> children;
     folder->GetPrefixedChildrenProperties(&children, QString());
-    std::vector<PropertyHandle> snapshot;
-    snapshot.reserve(static_cast<std::size_t>(children.size()));
-    for (const AbstractProperty* child : qAsConst(children))
-        snapshot.emplace_back(child);
     ArgumentStack stack;
-    for (const PropertyHandle& child : snapshot) {
+    for (const PropertyHandle& child : snapshotOf(children)) {
         Variable* argument = child.Get() ? resolveArgument(*child.Get()) : nullptr;
         if (!argument)
             failInvalidArgument();
@@ -329,7 +327,14 @@ ERESULT FunctionVarStrategy::ReplaceFunction(Variable& owner, Function* function
         return ER_INVALID_ARGUMENT;
     const std::shared_ptr<AbstractDirtyTracker> tracker = function->getDirtyTracker();
     const std::shared_ptr<Variable::Tracker> observer = owner.getDirtyTracker();
+    const PropertyHandle self(&owner);
+    // A child of the owner under another name couldn't take the name while the present Function has it.
+    if (function->GetParent() == &owner && function->GetName() != sFunction() &&
+        !owner.TakeProperty(function->GetName()))
+        return ER_FAILED;
     function->SetName(sFunction());
+    if (self.IsExpired())
+        return ER_FAILED;
     if (const Function* former = FunctionOf(owner))
         AbstractDirtyTracker::drop(former->getDirtyTracker(), observer);
     const ERESULT inserted = owner.InsertOrReplaceProperty(function);
@@ -359,8 +364,12 @@ ERESULT FunctionVarStrategy::Relink()
     Linker linker(owner.getDirtyTracker());
     QList<AbstractProperty*> children;
     ListArguments(owner, &children);
-    for (AbstractProperty* child : qAsConst(children)) {
-        const Variable* argument = resolveArgument(*child);
+    const PropertyHandle self(&owner);
+    for (const PropertyHandle& child : snapshotOf(children)) {
+        // To resolve a reference may load a file, and run code of the host.
+        const Variable* argument = child.Get() ? resolveArgument(*child.Get()) : nullptr;
+        if (self.IsExpired())
+            return ER_FAILED;
         if (!argument) {
             result = ER_NOT_FOUND;
             continue;
@@ -384,9 +393,16 @@ BVariant FunctionVarStrategy::GetData(IsCellArray* flag) const
         // Clients of the new data may destroy the owner, or assign to it.
         const PropertyHandle self(&owner);
         const std::shared_ptr<Variable::Tracker> tracker = state;
+        const std::uint64_t refused = ReadInProgress::tooDeepCount();
         tracker->updateIfDirty([this] { Compute(); });
-        if (self.IsExpired())
+        if (self.IsExpired()) {
+            if (flag)
+                *flag = IsCellArrayFalse;
             return BVariant();
+        }
+        // What lies too deep below this read wasn't reached. Read for itself it may be: what was stored isn't final.
+        if (ReadInProgress::tooDeepCount() != refused)
+            tracker->markDirty();
     }
     const auto* stored = owner.GetPtr<SimpleProperty>(sData());
     if (!stored)

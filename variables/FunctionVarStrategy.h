@@ -37,6 +37,8 @@ public:
     ///         debug log only, and the stored value stays; one of another type passes through.
     /// Edge:   without a "Function", and with one whose measurement this process doesn't know, nothing is
     ///         computed. A null value if the computation has destroyed the owner.
+    /// Edge:   a result that was computed while more than a thousand joined variables were being read, one through the
+    ///         other, may lack what lies deeper; the owner stays dirty then.
     /// Cost:   a clean read copies the stored value, which shares the payload of an array.
     BVariant GetData(IsCellArray* flag) const override;
 

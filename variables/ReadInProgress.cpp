@@ -8,6 +8,7 @@ namespace Orrery {
 namespace {
 
 thread_local const ReadInProgress* s_innermost = nullptr;
+thread_local std::uint64_t s_tooDeep = 0;
 
 } // namespace
 
@@ -15,9 +16,10 @@ ReadInProgress::ReadInProgress(const AbstractProperty& object) noexcept
     : m_object(&object)
 {
     const ReadInProgress* const outer = s_innermost;
-    if (outer && outer->m_depth >= MaxDepth)
+    if (outer && outer->m_depth >= MaxDepth) {
         OffsetCountRun::noteNestingDependence();
-    else if (!covers(object)) {
+        ++s_tooDeep;
+    } else if (!covers(object)) {
         m_outer = outer;
         m_depth = outer ? outer->m_depth + 1 : 1;
         s_innermost = this;
@@ -39,6 +41,11 @@ bool ReadInProgress::covers(const AbstractProperty& object) noexcept
         }
     }
     return false;
+}
+
+std::uint64_t ReadInProgress::tooDeepCount() noexcept
+{
+    return s_tooDeep;
 }
 
 std::uint64_t ReadInProgress::nestedElements() noexcept

@@ -33,6 +33,9 @@ public:
     /// Whether that object is being read on this thread.
     static bool covers(const AbstractProperty& object) noexcept;
 
+    /// How many were refused on this thread, ever, because too many were noted: a number to compare with itself.
+    static std::uint64_t tooDeepCount() noexcept;
+
     /// Tell how many elements the read of this object is going to put together in memory.
     void expectElements(std::uint64_t count) noexcept { m_expected = count; }
 

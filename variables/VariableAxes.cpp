@@ -5,6 +5,7 @@
 #include "foundations/property/SimpleProperty.h"
 #include "foundations/variant/VariantOperations.h"
 #include "tracking/ObservablePropertyReference.h"
+#include "variables/NodeSnapshot_p.h"
 #include "variables/Variable.h"
 #include "variables/VariableAxes_p.h"
 
@@ -27,10 +28,13 @@ const PropertyObject* axesOf(const Variable& variable)
 ERESULT ensureAxes(Variable& variable, PropertyObject** axes)
 {
     const QString& name = Variable::sIndependentVars();
+    const PropertyHandle owner(&variable);
     if (variable.HasProperty(name) && !axesOf(variable)) {
         qWarning().noquote().nospace() << "invalid pIndepGroup, is not a property object; clearing it...";
         variable.DeleteProperty(name);
     }
+    if (owner.IsExpired())
+        return ER_FAILED; // by what its former child has told when it went
     if (!variable.HasProperty(name)) {
         auto made = std::make_unique<PropertyObject>(name);
         const ERESULT inserted = variable.InsertOrReplaceProperty(made.get());
@@ -38,6 +42,8 @@ ERESULT ensureAxes(Variable& variable, PropertyObject** axes)
             return inserted;
         static_cast<void>(made.release());
     }
+    if (owner.IsExpired())
+        return ER_FAILED;
     *axes = const_cast<PropertyObject*>(axesOf(variable));
     return *axes ? ER_SUCCESS : ER_FAILED; // a handler of the insertion may have taken it away again
 }
@@ -50,7 +56,8 @@ Variable* resolveAxis(AbstractProperty* entry)
     Variable* variable = nullptr;
     if (entry->IsVariable())
         variable = dynamic_cast<Variable*>(entry);
-    else if (const auto* reference = dynamic_cast<const PropertyReference*>(entry))
+    else if (const auto* reference = dynamic_cast<const PropertyReference*>(entry);
+             reference && entry->IsPropertyReference())
         variable = dynamic_cast<Variable*>(reference->Resolve());
     if (!variable) {
         qWarning().noquote().nospace() << "!! Indep is either nonexistent or it's not a variable !!"
@@ -83,12 +90,15 @@ ERESULT Variable::AddIndepVariableRef(const Variable* indep)
 
 ERESULT Variable::SetIndepVariableRef(const Variable* indep)
 {
+    const PropertyHandle self(this);
     const PropertyHandle target(indep);
     if (HasProperty(sIndependentVars())) {
         const ERESULT deleted = DeleteProperty(sIndependentVars());
         if (deleted < 0)
             return deleted;
     }
+    if (self.IsExpired())
+        return ER_FAILED;
     return target.IsExpired() ? ER_INVALID_ARGUMENT : AddIndepVariableRef(indep);
 }
 
@@ -116,15 +126,15 @@ ERESULT Variable::GetIndepVariable(Variable** out, int index) const
     return ER_SUCCESS;
 }
 
-QList<Variable*> independentsOf(const Variable& variable)
+std::vector<PropertyHandle> independentsOf(const Variable& variable)
 {
     QList<AbstractProperty*> entries;
     if (const PropertyObject* axes = axesOf(variable))
         axes->GetPrefixedChildrenProperties(&entries, QString());
-    QList<Variable*> independents;
-    for (AbstractProperty* entry : qAsConst(entries)) {
-        if (Variable* independent = resolveAxis(entry))
-            independents.append(independent);
+    std::vector<PropertyHandle> independents;
+    for (const PropertyHandle& entry : snapshotOf(entries)) {
+        if (const Variable* independent = resolveAxis(entry.Get()))
+            independents.emplace_back(independent);
     }
     return independents;
 }

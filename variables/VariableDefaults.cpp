@@ -35,12 +35,15 @@ bool insertOrDestroy(PropertyObject& folder, std::unique_ptr<AbstractProperty> n
 
 void VariableDefaults::GenerateDefaultIndep(Variable& variable) const
 {
+    const PropertyHandle owner(&variable);
+    const std::uint64_t count = variable.GetMaxIndepOffset(); // which may compute, and call handlers
+    if (owner.IsExpired())
+        return;
     auto index = std::make_unique<Variable>(freeIndexName(variable));
     auto* range = index->SetStrategy<RangeVarStrategy>();
-    range->SetCount(BVariant(std::uint64_t{variable.GetMaxIndepOffset()}));
+    range->SetCount(BVariant(count));
     range->SetStart(BVariant(0.0));
     range->SetStep(BVariant(1.0));
-    const PropertyHandle owner(&variable);
     const Variable* inserted = index.get();
     if (insertOrDestroy(variable, std::move(index)) && !owner.IsExpired())
         variable.AddIndepVariableRef(inserted);

@@ -1,5 +1,6 @@
 // What the data of a Variable, and its axes, are measured in: the children "Unit" and "DisplayUnit".
 
+#include "foundations/property/PropertyHandle.h"
 #include "units/Units.h"
 #include "variables/Variable.h"
 #include "variables/VariableDefaults.h"
@@ -84,9 +85,14 @@ ERESULT Variable::SetUnitsOfIndep(const Units& units, int index)
     Variable* indep = nullptr;
     GetIndepVariable(&indep, index);
     if (!indep) {
+        // The default counts the offsets, which may compute and call handlers of the host.
+        const PropertyHandle self(this);
         const VariableDefaults defaults;
         defaults.InsertDefaultIndepFolder(*this);
-        defaults.GenerateDefaultIndep(*this);
+        if (!self.IsExpired())
+            defaults.GenerateDefaultIndep(*this);
+        if (self.IsExpired())
+            return ER_FAILED;
         GetIndepVariable(&indep, index);
     }
     return indep ? storeUnits(*indep, sUnitsPropertyName(), units) : ER_NOT_FOUND;
