@@ -52,7 +52,7 @@ std::string usageLine(const CLI::App& program, const CLI::Error& error)
             return "there is no command " + inQuotes(word);
         return "there is no option " + inQuotes(word);
     }
-    return "expected a command: import, ls, show, watch, units or convert";
+    return "expected a command: import, ls, show, diff, watch, units or convert";
 }
 
 void setUp(CLI::App& program, bool* isVerbose, Action* action)
@@ -63,6 +63,7 @@ void setUp(CLI::App& program, bool* isVerbose, Action* action)
     program.require_subcommand(1);
     program.fallthrough();
     program.set_help_flag("-h,--help", "Print this help");
+    addDiffCommand(program, action);
     addImportCommand(program, action);
     addLsCommand(program, action);
     addShowCommand(program, action);
@@ -136,6 +137,11 @@ int runCommandLine(int argc, const char* const* argv)
         return run(program, argc, argv, out);
     } catch (const ReaderGone&) {
         return ExitGood;
+    } catch (const Ended& ended) {
+        return ended.exitCode;
+    } catch (const Trouble& trouble) {
+        printError(trouble.what());
+        return ExitUsage;
     } catch (const Failure& failure) {
         if (failure.exitCode() == ExitUsage)
             return usageError(failure.what(), givenCommand(program));

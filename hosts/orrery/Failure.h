@@ -30,4 +30,17 @@ private:
     ExitCode m_exitCode;
 };
 
+/// What keeps a command whose exit code is an answer from giving one: as a Failure, but with the exit code 2.
+class Trouble : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Thrown by a command that has done its work, to end the program with an exit code of its own.
+struct Ended
+{
+    int exitCode;
+};
+
 } // namespace Orrery::Host
