@@ -6,6 +6,7 @@
 #include "hosts/orrery/Output.h"
 #include "hosts/orrery/PlainText.h"
 #include "hosts/orrery/commands/Commands.h"
+#include "hosts/orrery/measurements/Registration.h"
 
 #include <CLI/CLI.hpp>
 #include <QTextCodec>
@@ -131,6 +132,7 @@ int runCommandLine(int argc, const char* const* argv)
     // File names are UTF-8 whatever the locale says.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     silenceLog();
+    registerMeasurements();
     CLI::App program("Import, list and print data files of named variables, and convert units.");
     Output out;
     try {

@@ -1,8 +1,10 @@
 #include "hosts/orrery/ValuePrinter.h"
 
 #include "hosts/orrery/ElementText.h"
+#include "hosts/orrery/Failure.h"
 #include "hosts/orrery/PlainText.h"
 
+#include <algorithm>
 #include <string_view>
 
 namespace Orrery::Host {
@@ -115,74 +117,66 @@ void printMatrices(Output& out, LinePrinter& lines, const Selection& values)
     }
 }
 
-class CsvPrinter
+/// One column of CSV.
+class CsvColumn
 {
 public:
-    CsvPrinter(Output& out, const Selection& values)
-        : m_out(out)
-        , m_values(values)
-        , m_elements(values.data)
+    explicit CsvColumn(const ValueColumn& column)
+        : m_column(column)
+        , m_elements(column.values.data)
+        , m_isComplex(m_elements.count() > 0 && m_elements.isComplex())
+        , m_isText(column.values.data.getWellKnownType() == WellKnownType::of<std::string>())
     {
+        const std::uint64_t offsets = column.values.offsets;
+        m_lanes = offsets == 0 ? 1 : m_elements.count() / offsets;
     }
 
-    void print(const std::string& name);
+    void appendNames(Output& out) const;
+    void appendRecord(Output& out, std::uint64_t row);
 
 private:
-    void printHeader(const std::string& name, std::uint64_t columns);
-    void printRecord(std::uint64_t row, std::uint64_t columns);
-    void appendText(std::uint64_t position);
+    void appendText(Output& out, std::uint64_t position);
 
-    Output& m_out;
-    const Selection& m_values;
+    const ValueColumn& m_column;
     ElementText m_elements;
-    bool m_isComplex = false;
-    bool m_isText = false;
+    bool m_isComplex;
+    bool m_isText;
+    std::uint64_t m_lanes = 1;
     std::string m_text;
 };
 
-void CsvPrinter::print(const std::string& name)
+void CsvColumn::appendNames(Output& out) const
 {
-    m_isComplex = m_elements.count() > 0 && m_elements.isComplex();
-    m_isText = m_values.data.getWellKnownType() == WellKnownType::of<std::string>();
-    const std::uint64_t columns = m_values.offsets == 0 ? 1 : m_elements.count() / m_values.offsets;
-    printHeader(name, columns);
-    for (std::uint64_t row = 0; row < m_values.offsets; ++row)
-        printRecord(row, columns);
-}
-
-void CsvPrinter::printHeader(const std::string& name, std::uint64_t columns)
-{
-    Shape position(m_values.elementShape.size(), 0);
-    m_out.write("offset");
-    for (std::uint64_t column = 0; column < columns; ++column) {
-        const std::string field = position.empty() ? name : name + '[' + joined(position) + ']';
+    const Shape& shape = m_column.values.elementShape;
+    Shape position(shape.size(), 0);
+    for (std::uint64_t lane = 0; lane < m_lanes; ++lane) {
+        const std::string field =
+            position.empty() ? m_column.name : m_column.name + '[' + joined(position) + ']';
         for (const char* const part : {".re", ".im"}) {
-            m_out.buffer() += ',';
-            appendField(&m_out.buffer(), m_isComplex ? field + part : field);
+            out.buffer() += ',';
+            appendField(&out.buffer(), (m_isComplex ? field + part : field) + m_column.unitsSuffix);
             if (!m_isComplex)
                 break;
         }
-        m_out.written();
-        advance(&position, m_values.elementShape);
+        out.written();
+        advance(&position, shape);
     }
-    m_out.write("\n");
 }
 
-void CsvPrinter::appendText(std::uint64_t position)
+void CsvColumn::appendText(Output& out, std::uint64_t position)
 {
     m_text.clear();
     m_elements.append(&m_text, position);
-    appendField(&m_out.buffer(), m_text);
+    appendField(&out.buffer(), m_text);
 }
 
-void CsvPrinter::printRecord(std::uint64_t row, std::uint64_t columns)
+void CsvColumn::appendRecord(Output& out, std::uint64_t row)
 {
-    std::string& buffer = m_out.buffer();
-    buffer += std::to_string(m_values.firstOffset + row);
-    for (std::uint64_t position = row * columns; position < (row + 1) * columns; ++position) {
+    std::string& buffer = out.buffer();
+    for (std::uint64_t position = row * m_lanes; position < (row + 1) * m_lanes; ++position) {
         buffer += ',';
         if (m_isText) {
-            appendText(position);
+            appendText(out, position);
         } else if (m_isComplex) {
             m_elements.appendReal(&buffer, position);
             buffer += ',';
@@ -190,11 +184,94 @@ void CsvPrinter::printRecord(std::uint64_t row, std::uint64_t columns)
         } else {
             m_elements.append(&buffer, position);
         }
-        m_out.written();
+        out.written();
     }
-    buffer += '\n';
-    m_out.written();
 }
+
+/// One column of a table for a person.
+class TableColumn
+{
+public:
+    explicit TableColumn(const ValueColumn& column)
+        : m_elements(column.values.data)
+        , m_isText(column.values.data.getWellKnownType() == WellKnownType::of<std::string>())
+    {
+        m_lanes = column.values.offsets == 0 ? 1 : m_elements.count() / column.values.offsets;
+    }
+
+    std::uint64_t lanes() const { return m_lanes; }
+    std::uint64_t count() const { return m_elements.count(); }
+
+    /// Of one value at each offset, the same stands at all lanes.
+    std::string cell(std::uint64_t offset, std::uint64_t lane) const
+    {
+        std::string text;
+        m_elements.append(&text, m_lanes == 1 ? offset : offset * m_lanes + lane);
+        return m_isText ? printable(text) : text;
+    }
+
+private:
+    ElementText m_elements;
+    bool m_isText;
+    std::uint64_t m_lanes = 1;
+};
+
+void requireSameOffsets(const std::vector<ValueColumn>& columns)
+{
+    const std::uint64_t offsets = columns.back().values.offsets;
+    for (const ValueColumn& column : columns) {
+        if (column.values.offsets != offsets)
+            throw Failure("the axis " + inQuotes(column.name) + " has other offsets than the values");
+    }
+}
+
+/// The lines of one piece of a table.
+class TableRows
+{
+public:
+    TableRows(const std::vector<ValueColumn>& columns, bool showsOffset)
+        : m_values(columns.back().values)
+        , m_position(m_values.elementShape.size(), 0)
+        , m_showsOffset(showsOffset)
+    {
+        requireSameOffsets(columns);
+        m_columns.reserve(columns.size());
+        for (const ValueColumn& column : columns) {
+            m_columns.emplace_back(column);
+            const std::uint64_t lanes = m_columns.back().lanes();
+            if (lanes != 1 && column.values.elementShape != m_values.elementShape)
+                throw Failure("the axis " + inQuotes(column.name) + " has other dimensions than the values");
+        }
+    }
+
+    /// False behind the last line.
+    bool next(std::vector<std::string>* cells)
+    {
+        if (m_columns.back().count() == 0 || m_offset == m_values.offsets)
+            return false;
+        cells->clear();
+        if (m_showsOffset) {
+            const std::string offset = std::to_string(m_values.firstOffset + m_offset);
+            cells->push_back(m_position.empty() ? offset : offset + ',' + joined(m_position));
+        }
+        for (const TableColumn& column : m_columns)
+            cells->push_back(column.cell(m_offset, m_lane));
+        advance(&m_position, m_values.elementShape);
+        if (++m_lane == m_columns.back().lanes()) {
+            m_lane = 0;
+            ++m_offset;
+        }
+        return true;
+    }
+
+private:
+    const Selection& m_values;
+    std::vector<TableColumn> m_columns;
+    Shape m_position;
+    std::uint64_t m_offset = 0;
+    std::uint64_t m_lane = 0;
+    bool m_showsOffset;
+};
 
 } // namespace
 
@@ -211,9 +288,67 @@ void printValues(Output& out, const Selection& values)
         lines.printLine(i, 1);
 }
 
-void printCsv(Output& out, const Selection& values, const std::string& name)
+void printCsvHeader(Output& out, const std::vector<ValueColumn>& columns)
 {
-    CsvPrinter(out, values).print(name);
+    out.write("offset");
+    for (const ValueColumn& column : columns)
+        CsvColumn(column).appendNames(out);
+    out.write("\n");
+}
+
+void printCsvRecords(Output& out, const std::vector<ValueColumn>& columns)
+{
+    requireSameOffsets(columns);
+    std::vector<CsvColumn> written(columns.begin(), columns.end());
+    const Selection& values = columns.back().values;
+    for (std::uint64_t row = 0; row < values.offsets; ++row) {
+        out.buffer() += std::to_string(values.firstOffset + row);
+        for (CsvColumn& column : written)
+            column.appendRecord(out, row);
+        out.write("\n");
+    }
+}
+
+void TablePrinter::print(const std::vector<ValueColumn>& columns)
+{
+    if (m_widths.empty())
+        printHeading(columns);
+    TableRows rows(columns, m_showsOffset);
+    std::vector<std::string> cells;
+    while (rows.next(&cells))
+        printLine(cells);
+}
+
+void TablePrinter::printHeading(const std::vector<ValueColumn>& columns)
+{
+    m_showsOffset = m_showsOffset || !columns.back().values.elementShape.empty();
+    std::vector<std::string> names;
+    if (m_showsOffset)
+        names.emplace_back("offset");
+    for (const ValueColumn& column : columns)
+        names.push_back(printable(column.name) + column.unitsSuffix);
+    for (const std::string& name : names)
+        m_widths.push_back(columnsOf(name));
+
+    constexpr int linesToMeasure = 1000;
+    TableRows rows(columns, m_showsOffset);
+    std::vector<std::string> cells;
+    for (int line = 0; line < linesToMeasure && rows.next(&cells); ++line) {
+        for (std::size_t i = 0; i < cells.size(); ++i)
+            m_widths[i] = std::max(m_widths[i], columnsOf(cells[i]));
+    }
+    printLine(names);
+}
+
+void TablePrinter::printLine(const std::vector<std::string>& cells)
+{
+    std::string& buffer = m_out.buffer();
+    for (std::size_t i = 0; i + 1 < cells.size(); ++i) {
+        buffer += cells[i];
+        buffer.append(m_widths[i] + 2 - std::min(m_widths[i], columnsOf(cells[i])), ' ');
+    }
+    buffer += cells.back() + '\n';
+    m_out.written();
 }
 
 } // namespace Orrery::Host

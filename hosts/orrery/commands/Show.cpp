@@ -1,9 +1,12 @@
 #include "foundations/property/SimpleProperty.h"
+#include "hosts/orrery/Diagnostics.h"
 #include "hosts/orrery/Failure.h"
+#include "hosts/orrery/FunctionCall.h"
 #include "hosts/orrery/Offsets.h"
 #include "hosts/orrery/PlainText.h"
 #include "hosts/orrery/TreeAccess.h"
-#include "hosts/orrery/ValuePrinter.h"
+#include "hosts/orrery/UnitText.h"
+#include "hosts/orrery/ValueTable.h"
 #include "hosts/orrery/commands/Commands.h"
 #include "variables/Variable.h"
 
@@ -21,25 +24,43 @@ struct ShowOptions
     std::string path;
     std::string at;
     std::string range;
+    std::string units;
+    std::string function;
     bool isCsv = false;
     bool hasAt = false;
     bool hasRange = false;
+    bool hasUnits = false;
+    bool hasFunction = false;
 };
 
 const char s_help[] = R"(PATH is a variable, or a single value such as dc1/Title. A position along the
 first axis of the values is an offset, from 0. --range A:B is A up to but not
 including B; A: goes to the end, :B begins at 0.
 
-A vector is printed one value a line, a matrix one row a line with tabs between
-the values. Numbers have the shortest text that reads back as the same number,
-complex ones the form re+imi.
+A variable that lies over an axis is printed as a table: a line of names with
+their units, then one line for each value, behind the value of the axis. With
+--at and --range the offset stands first.
 
---csv prints a line of column names, then one line for each offset: the offset
-and its value. A complex value is two columns, .re and .im; an element that is
-an array is one column for each of its values.
+Without an axis, a vector is printed one value a line, a matrix one row a line
+with tabs between the values. Numbers have the shortest text that reads back as
+the same number, complex ones the form re+imi.
 
-Examples: orrery show diode.h5 'dc1/i(vd)' --at 140
-          orrery show diode.h5 'dc1/i(vd)' --range 100:110 --csv)";
+--csv prints a line of column names with their units, then one line for each
+offset: the offset, the values of the axes, and the value. A complex value is
+two columns, .re and .im; an element that is an array is one column for each of
+its values.
+
+--units U converts the values to any unit of their kind, the axes stay.
+
+--function NAME shows a function of the variable, which is computed in memory:
+  magnitude, phase (in degrees), decibel (20 log10 for voltages and currents,
+  10 for powers), derivative (against the axis), moving-average:WINDOW,
+  polynomial-N:C0,...,CN (which only hands the values on)
+Where parameters are left out, the function has its own.
+
+Examples: orrery show diode.h5 'dc1/i(vd)' --at 140 --units mA
+          orrery show diode.h5 'dc1/i(vd)' --range 100:110 --csv
+          orrery show diode.h5 'dc1/i(vd)' --function derivative --units mS)";
 
 std::optional<OffsetRange> wantedOffsets(const ShowOptions& options)
 {
@@ -50,32 +71,58 @@ std::optional<OffsetRange> wantedOffsets(const ShowOptions& options)
     return std::nullopt;
 }
 
-Selection read(const Variable& variable, const std::optional<OffsetRange>& range)
+/// What is to be printed of a node: the variable itself, or a function of it that joins it in the tree.
+const Variable& wantedVariable(DataFile& file, const Variable& variable,
+                               const std::optional<FunctionCall>& call)
 {
-    return range ? select(variable, *range) : selectAll(variable);
+    if (!call)
+        return variable;
+    if (isFunction(variable))
+        static_cast<void>(resultOf(variable)); // a function of it takes what is stored
+    return addFunction(*file.GetRoot(), variable, *call);
 }
 
-// A single value is read as a variable that holds it.
-Selection readNode(const AbstractProperty& node, const std::optional<OffsetRange>& range)
+/// For who wants to see that a result is computed once.
+void reportReads(const Variable& function)
 {
-    if (node.IsVariable())
-        return read(static_cast<const Variable&>(node), range);
+    const auto updates = [&] { return std::to_string(function.getDirtyTracker()->getUpdateCount()); };
+    const std::string first = updates();
+    static_cast<void>(function.GetData());
+    inform(printable(function.GetName().toStdString()) + ": update count " + first +
+           " after the first read, " + updates() + " after another one");
+}
+
+void print(DataFile& file, const AbstractProperty& node, const std::optional<FunctionCall>& call,
+           const TableOptions& table, Output& out)
+{
+    if (node.IsVariable()) {
+        const Variable& variable = wantedVariable(file, static_cast<const Variable&>(node), call);
+        printVariable(out, variable, table);
+        if (call)
+            reportReads(variable);
+        return;
+    }
     if (!node.IsSimpleProperty())
         throw Failure("is a folder; 'orrery ls' lists it");
-    return read(Variable(node.GetName(), static_cast<const SimpleProperty&>(node).GetValue()), range);
+    if (call)
+        throw Failure("is a single value; --function takes a variable");
+    // A single value is printed as a variable that holds it.
+    printVariable(out, Variable(node.GetName(), static_cast<const SimpleProperty&>(node).GetValue()), table);
 }
 
 void show(const ShowOptions& options, Output& out)
 {
-    const std::optional<OffsetRange> range = wantedOffsets(options);
+    TableOptions table;
+    table.range = wantedOffsets(options);
+    table.isCsv = options.isCsv;
+    const std::optional<FunctionCall> call =
+        options.hasFunction ? std::make_optional(parseFunction(options.function)) : std::nullopt;
+    if (options.hasUnits)
+        table.units = parseUnits(options.units);
     const std::shared_ptr<DataFile> file = openForReading(options.file);
     const AbstractProperty* const node = findNode(*file, options.file, options.path);
     try {
-        const Selection values = readNode(*node, range);
-        if (options.isCsv)
-            printCsv(out, values, node->GetName().toStdString());
-        else
-            printValues(out, values);
+        print(*file, *node, call, table, out);
     } catch (const Failure& failure) {
         throw Failure(printable(options.file) + ": " + printable(options.path) + ": " + failure.what(),
                       failure.exitCode());
@@ -97,11 +144,18 @@ void addShowCommand(CLI::App& program, Action* action)
     CLI::Option* const range =
         command->add_option("--range", options->range, "Only the offsets from A up to B")->type_name("A:B");
     range->excludes(at);
+    CLI::Option* const units =
+        command->add_option("--units", options->units, "Convert the values to these units")->type_name("U");
+    CLI::Option* const function =
+        command->add_option("--function", options->function, "Show a function of the variable")
+            ->type_name("NAME[:P1,...]");
     command->add_flag("--csv", options->isCsv, "As comma-separated values");
     command->footer(s_help);
-    command->callback([options, action, at, range] {
+    command->callback([options, action, at, range, units, function] {
         options->hasAt = at->count() > 0;
         options->hasRange = range->count() > 0;
+        options->hasUnits = units->count() > 0;
+        options->hasFunction = function->count() > 0;
         *action = [options](Output& out) { show(*options, out); };
     });
 }

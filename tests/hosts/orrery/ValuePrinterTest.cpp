@@ -24,7 +24,10 @@ std::string csv(const BVariant& data, const std::optional<OffsetRange>& range = 
 {
     const Variable variable(QStringLiteral("v"), data);
     Output out;
-    printCsv(out, range ? select(variable, *range) : selectAll(variable), name);
+    const std::vector<ValueColumn> columns = {
+        {name, "", range ? select(variable, *range) : selectAll(variable)}};
+    printCsvHeader(out, columns);
+    printCsvRecords(out, columns);
     return out.buffer();
 }
 

@@ -114,6 +114,17 @@ class UsageTest(CommandTest):
             (["convert", "1", "m"], "TO is required; try 'orrery convert --help'"),
             (["convert", "1;5", "m", "cm"],
              "VALUE must be a number such as 20, -1.5e3 or 1+2i, not '1;5'; try 'orrery convert --help'"),
+            (["show", "f", "p", "--function", "frob"],
+             "--function: there is no function 'frob'; there are decibel, derivative, magnitude, moving-average, "
+             "phase, polynomial-1, polynomial-2, polynomial-3; try 'orrery show --help'"),
+            (["show", "f", "p", "--function", "polynomial-1:1"],
+             "--function: 'polynomial-1' takes 2 parameters (C-0, C-1), found 1; try 'orrery show --help'"),
+            (["show", "f", "p", "--function", "moving-average:1,2"],
+             "--function: 'moving-average' takes 1 parameter (window), found 2; try 'orrery show --help'"),
+            (["show", "f", "p", "--function", "magnitude:1"],
+             "--function: 'magnitude' takes no parameters, found 1; try 'orrery show --help'"),
+            (["show", "f", "p", "--function=moving-average:x"],
+             "--function: expected a number, found 'x'; try 'orrery show --help'"),
             (["watch"], "FILE is required; try 'orrery watch --help'"),
             (["watch", "f", "--plot", "0"],
              "--plot: expected a number from 1, found '0'; try 'orrery watch --help'"),
@@ -424,16 +435,47 @@ class ShowTest(CommandTest):
         self.good("import", "t.raw", "-o", "t.h5")
 
     def test_values_and_offsets(self):
-        self.assertEqual(self.good("show", "t.h5", "dc1/y"), "0.1\n-1e-300\n1e+22\n5e-324\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--at", "2"), "1e+22\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--range", "1:3"), "-1e-300\n1e+22\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--range", "2:"), "1e+22\n5e-324\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--range=:1"), "0.1\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--range", ":"), "0.1\n-1e-300\n1e+22\n5e-324\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--range", "0:0"), "")
-        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--range", "4:"), "")
+        self.assertEqual(self.good("show", "t.h5", "dc1/x"), "0\n1\n2\n3\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--at", "2"), "2\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--range", "1:3"), "1\n2\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--range", "2:"), "2\n3\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--range=:1"), "0\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--range", ":"), "0\n1\n2\n3\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--range", "0:0"), "")
+        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--range", "4:"), "")
+        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--csv", "--range", "1:3"), "offset,x [V]\n1,1\n2,2\n")
+
+    def test_an_axis_stands_beside_the_values(self):
+        self.assertEqual(self.good("show", "t.h5", "dc1/y"),
+                         "x [V]  y [V]\n0      0.1\n1      -1e-300\n2      1e+22\n3      5e-324\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--at", "2"),
+                         "offset  x [V]  y [V]\n2       2      1e+22\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--range", "2:"),
+                         "offset  x [V]  y [V]\n2       2      1e+22\n3       3      5e-324\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--range", "4:"), "offset  x [V]  y [V]\n")
         self.assertEqual(self.good("show", "t.h5", "dc1/y", "--csv", "--range", "1:3"),
-                         "offset,y\n1,-1e-300\n2,1e+22\n")
+                         "offset,x [V],y [V]\n1,1,-1e-300\n2,2,1e+22\n")
+
+    def test_units(self):
+        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--units", "mV"), "0\n1000\n2000\n3000\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--units", "kV", "--at", "2"),
+                         "offset  x [V]  y [kV]\n2       2      1e+19\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--units", "dBV", "--range", "0:1", "--csv"),
+                         "offset,x [V],y [dBV]\n0,0,-20\n")
+        self.assertEqual(self.fails(1, "show", "t.h5", "dc1/y", "--units", "A"),
+                         "t.h5: dc1/y: can't convert V, electric potential (m^2*kg/(s^3*A)), to A, electric current (A)")
+        self.assertEqual(self.fails(1, "show", "t.h5", "dc1/Title", "--units", "A"),
+                         "t.h5: dc1/Title: has no units, and can't be converted to A")
+        result = self.run_orrery("show", "t.h5", "dc1/y", "--units", "m/s/s")
+        self.assertEqual((result.returncode, result.stdout, result.stderr.decode()),
+                         (1, b"", "orrery: there is no unit 'm/s/s': a second '/' at 3; write m/s^2 or m/(s*s)\n"
+                                  "  m/s/s\n     ^\n"))
+
+    def test_units_that_a_file_brings_back_without_their_dimensions(self):
+        self.import_sample()
+        self.assertEqual(self.good("show", "d.h5", "dc3/temperature", "--units", "K"), "300.15\n")
+        self.assertTrue(self.good("show", "d.h5", "dc3/temperature", "--units", "degF", "--csv").startswith(
+            "offset,temperature [°F]\n0,80."))
 
     def test_single_values(self):
         self.assertEqual(self.good("show", "t.h5", "dc1/Title"), "test\n")
@@ -442,15 +484,17 @@ class ShowTest(CommandTest):
 
     def test_complex_values_and_matrices(self):
         self.good("import", os.path.join(DATA, "rc-ac-binary.raw"), "-o", "ac.h5")
-        self.assertEqual(self.good("show", "ac.h5", "ac1/v(in)", "--at", "0"), "1+0i\n")
+        self.assertEqual(self.good("show", "ac.h5", "ac1/v(in)", "--at", "0"),
+                         "offset  frequency [Hz]  v(in) [V]\n0       1000            1+0i\n")
         self.assertEqual(self.good("show", "ac.h5", "ac1/v(in)", "--at", "0", "--csv"),
-                         "offset,v(in).re,v(in).im\n0,1,0\n")
+                         "offset,frequency [Hz],v(in).re [V],v(in).im [V]\n0,1000,1,0\n")
         self.good("import", os.path.join(DATA, "shapes-padded-binary.raw"), "-o", "m.h5")
         self.assertEqual(self.good("show", "m.h5", "dc1/matrix"), "0\t1\t2\n3\t4\t5\n")
         self.assertEqual(self.good("show", "m.h5", "dc1/matrix", "--at", "1"), "3\t4\t5\n")
         self.assertEqual(self.good("show", "m.h5", "dc1/matrix", "--range", "1:2", "--csv"),
                          "offset,matrix[0],matrix[1],matrix[2]\n1,3,4,5\n")
-        self.assertEqual(self.good("show", "m.h5", "dc1/broken", "--range", ":2"), "-nan\n-inf\n")
+        self.assertEqual(self.good("show", "m.h5", "dc1/broken", "--range", ":2"),
+                         "offset  v(v-sweep) [V]  broken\n0       0               -nan\n1       0.25            -inf\n")
 
     def test_offsets_that_are_not_there(self):
         self.assertEqual(self.fails(1, "show", "t.h5", "dc1/y", "--at", "4"),
@@ -478,7 +522,9 @@ class ShowTest(CommandTest):
 
     def test_no_locale_has_a_say(self):
         outputs = {tuple(self.good(*command, environment=environment) for command in
-                         (["show", "t.h5", "dc1/y"], ["show", "t.h5", "dc1/y", "--csv"], ["ls", "-la", "t.h5"]))
+                         (["show", "t.h5", "dc1/y"], ["show", "t.h5", "dc1/y", "--units", "µV"],
+                          ["show", "t.h5", "dc1/y", "--function", "moving-average:2"],
+                          ["show", "t.h5", "dc1/y", "--function", "decibel"], ["show", "t.h5", "dc1/y", "--csv"], ["ls", "-la", "t.h5"]))
                    for environment in LOCALES}
         self.assertEqual(len(outputs), 1)
 
@@ -491,7 +537,7 @@ class ShowTest(CommandTest):
     def test_a_reader_that_goes_away_is_no_failure(self):
         self.write("many.raw", raw(500_000, [0.5] * 500_000, names=("x",)))
         self.good("import", "many.raw", "-o", "many.h5")
-        for arguments in ("show many.h5 dc1/x", "show many.h5 dc1/x --csv"):
+        for arguments in ("show many.h5 dc1/x", "show many.h5 dc1/x --csv", "show many.h5 dc1/x --units mV"):
             for ignored in ("", "trap '' PIPE; "):
                 result = subprocess.run(["bash", "-c", f"{ignored}'{ORRERY}' {arguments} | head -1"],
                                         cwd=self.folder, capture_output=True, timeout=60)
@@ -517,6 +563,71 @@ class ShowTest(CommandTest):
                                         timeout=60)
             self.assertEqual((result.returncode, result.stderr.decode()),
                              (1, "orrery: standard output: No space left on device\n"), command)
+
+
+class FunctionTest(CommandTest):
+    def setUp(self):
+        super().setUp()
+        self.write("t.raw", raw(4, [0, -1, 1, 2, 2, -3, 4, 8]))
+        self.good("import", "t.raw", "-o", "t.h5")
+
+    def test_functions_over_an_axis(self):
+        for function, heading, values in (
+                ("magnitude", "magnitude(y) [V]", ("1", "2", "3", "8")),
+                ("phase", "phase(y) [°]", ("180", "0", "180", "0")),
+                ("derivative", "derivative(y) [V/V]", ("3", "-1", "-1.5", "5.5")),
+                ("moving-average:2", "moving-average(y) [V]", ("-1", "0.5", "-0.5", "2.5")),
+                ("polynomial-1:5,6", "polynomial-1(y) [V]", ("-1", "2", "-3", "8"))):
+            lines = self.good("show", "t.h5", "dc1/y", "--function", function).splitlines()
+            self.assertEqual(lines[0], "x [V]  " + heading)
+            self.assertEqual([tuple(line.split()) for line in lines[1:]], list(zip(("0", "1", "2", "4"), values)))
+
+    def test_with_the_other_options(self):
+        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--function", "magnitude", "--units", "mV", "--range",
+                                   "2:", "--csv"),
+                         "offset,x [V],magnitude(y) [mV]\n2,2,3000\n3,4,8000\n")
+        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--function", "magnitude", "--at", "3"), "4\n")
+        self.assertEqual(self.fails(1, "show", "t.h5", "dc1/y", "--function", "magnitude", "--at", "4"),
+                         "t.h5: dc1/y: there is no offset 4; there are 4, from 0 to 3")
+        self.assertEqual(self.fails(1, "show", "t.h5", "dc1/y", "--function", "phase", "--units", "V"),
+                         "t.h5: dc1/y: can't convert °, plane angle (rad), to V, electric potential (m^2*kg/(s^3*A))")
+
+    def test_the_file_stays_as_it_is(self):
+        with open(self.path("t.h5"), "rb") as file:
+            before = file.read()
+        self.good("show", "t.h5", "dc1/y", "--function", "magnitude")
+        with open(self.path("t.h5"), "rb") as file:
+            self.assertEqual(file.read(), before)
+
+    def test_a_second_read_computes_nothing(self):
+        result = self.run_orrery("-v", "show", "t.h5", "dc1/y", "--function", "magnitude")
+        self.assertEqual(result.returncode, 0)
+        self.assertIn("orrery: info: magnitude(y): update count 1 after the first read, 1 after another one\n",
+                      result.stderr.decode())
+
+    def test_a_function_that_fails_is_a_failure(self):
+        for arguments, why in ((["dc1/x", "--function", "derivative"],
+                                "t.h5: dc1/x: function 'derivative': the variable has no axis"),
+                               (["dc1/y", "--function", "moving-average:0"],
+                                "t.h5: dc1/y: function 'moving-average': the window must be a whole number from 1")):
+            self.assertEqual(self.fails(1, "show", "t.h5", *arguments), why)
+            self.assertEqual(self.fails(1, "show", "t.h5", *arguments, "--csv"), why)
+
+    def test_damaged_values_are_a_failure(self):
+        with open(self.path("t.h5"), "rb") as file:
+            content = bytearray(file.read())
+        content[content.index(struct.pack("=4d", -1, 2, -3, 8))] ^= 1
+        self.write("damaged.h5", content)
+        line = self.fails(1, "show", "damaged.h5", "dc1/y", "--function", "magnitude")
+        self.assertRegex(line, "^damaged.h5: .*dc1/y.* damaged")
+        line = self.fails(1, "show", "damaged.h5", "dc1/y", "--units", "mV")
+        self.assertTrue(line.startswith("damaged.h5: "), line)
+
+    def test_only_variables_have_functions(self):
+        self.assertEqual(self.fails(1, "show", "t.h5", "dc1/Title", "--function", "magnitude"),
+                         "t.h5: dc1/Title: is a single value; --function takes a variable")
+        self.assertEqual(self.fails(1, "show", "t.h5", "dc1", "--function", "magnitude"),
+                         "t.h5: dc1: is a folder; 'orrery ls' lists it")
 
 
 class WatchTest(CommandTest):
