@@ -108,8 +108,11 @@ ERESULT ConcatVarStrategy::GetValueRange(BVariant* out, std::uint64_t start, std
 {
     if (!out)
         return ER_INVALID_ARGUMENT;
+    const PropertyHandle owner(backRef());
     if (end == 0)
         end = GetMaxIndepOffset();
+    if (owner.IsExpired())
+        return ER_FAILED; // destroyed by what a member has told when it was computed
     *out = BVariant();
     ReadInProgress reading(*backRef());
     if (end == 0 || reading.isRefused())

@@ -174,8 +174,11 @@ void pushArguments(const Variable& owner, const QString& folderName, Measurement
         return;
     QList<AbstractProperty*> children;
     folder->GetPrefixedChildrenProperties(&children, QString());
+    const PropertyHandle self(&owner);
     ArgumentStack stack;
     for (const PropertyHandle& child : snapshotOf(children)) {
+        if (self.IsExpired())
+            return; // with all its arguments, by what one of them has told
         Variable* argument = child.Get() ? resolveArgument(*child.Get()) : nullptr;
         if (!argument)
             failInvalidArgument();
@@ -183,7 +186,7 @@ void pushArguments(const Variable& owner, const QString& folderName, Measurement
         stack.add(*argument);
         bringUpToDate(*argument);
     }
-    if (!stack.isWhole())
+    if (!self.IsExpired() && !stack.isWhole())
         failInvalidArgument();
 }
 
@@ -387,29 +390,39 @@ ERESULT FunctionVarStrategy::Relink()
 
 BVariant FunctionVarStrategy::GetData(IsCellArray* flag) const
 {
-    Variable& owner = *backRef();
-    if (const std::shared_ptr<Variable::Tracker>& state = owner.getDirtyTracker();
-        state && state->isDirty()) {
-        // Clients of the new data may destroy the owner, or assign to it.
-        const PropertyHandle self(&owner);
-        const std::shared_ptr<Variable::Tracker> tracker = state;
-        const std::uint64_t refused = ReadInProgress::tooDeepCount();
-        tracker->updateIfDirty([this] { Compute(); });
-        if (self.IsExpired()) {
-            if (flag)
-                *flag = IsCellArrayFalse;
-            return BVariant();
-        }
-        // What lies too deep below this read wasn't reached. Read for itself it may be: what was stored isn't final.
-        if (ReadInProgress::tooDeepCount() != refused)
-            tracker->markDirty();
+    const Variable& owner = *backRef();
+    const std::shared_ptr<Variable::Tracker>& tracker = owner.getDirtyTracker();
+    if (tracker && tracker->isDirty() && !computeIfDirty()) {
+        if (flag)
+            *flag = IsCellArrayFalse;
+        return BVariant();
     }
-    const auto* stored = owner.GetPtr<SimpleProperty>(sData());
+    const auto* stored = dynamic_cast<const SimpleProperty*>(owner.GetPropertyConstPtr(sData()));
     if (!stored)
         throw std::logic_error("no data in GetData()!? invalid/corrupted memory.");
     if (flag)
         *flag = stored->GetValueIsCellArray();
     return stored->GetValue();
+}
+
+bool FunctionVarStrategy::computeIfDirty() const
+{
+    // Clients of the new data may destroy the owner, or assign to it.
+    const std::shared_ptr<Variable::Tracker> tracker = backRef()->getDirtyTracker();
+    bool ownerLives = true;
+    bool isFinal = true;
+    tracker->updateIfDirty([this, &ownerLives, &isFinal] {
+        const std::lock_guard<std::recursive_mutex> lock(mutex()); // a handle writes to the node, too
+        const PropertyHandle self(backRef());
+        const std::uint64_t refused = ReadInProgress::tooDeepCount();
+        Compute();
+        ownerLives = !self.IsExpired();
+        isFinal = ReadInProgress::tooDeepCount() == refused;
+    });
+    // What lies too deep below this read wasn't reached. Read for itself it may be: what was stored isn't final.
+    if (!isFinal)
+        tracker->markDirty();
+    return ownerLives;
 }
 
 void FunctionVarStrategy::Compute() const

@@ -116,6 +116,9 @@ public:
     static const QString& StaticType();
 
 private:
+    /// Computes unless another read is at it. False if that has destroyed the owner.
+    bool computeIfDirty() const;
+
     void Compute() const;
     void Init();
 

@@ -21,8 +21,11 @@ BVariant IVariableStrategy::GetData(IsCellArray* flag) const
 {
     if (flag)
         *flag = IsCellArrayFalse;
+    // To count the offsets may compute, and call handlers of the host that destroy the owner.
+    const PropertyHandle owner(m_backRef);
+    const std::uint64_t end = GetMaxIndepOffset();
     BVariant data;
-    if (GetValueRange(&data, 0, GetMaxIndepOffset()) < 0)
+    if (owner.IsExpired() || GetValueRange(&data, 0, end) < 0)
         return BVariant();
     return data;
 }

@@ -243,8 +243,11 @@ ERESULT SweptVarStrategy::GetValueRange(BVariant* out, std::uint64_t start, std:
 {
     if (!out)
         return ER_INVALID_ARGUMENT;
+    const PropertyHandle owner(backRef());
     if (end == 0)
         end = GetMaxIndepOffset();
+    if (owner.IsExpired())
+        return ER_FAILED; // destroyed by what a member has told when it was computed
     const ReadInProgress reading(*backRef());
     if (reading.isRefused())
         return ER_FAILED;

@@ -265,13 +265,21 @@ AbstractProperty* PropertyReference::LookUp() const
     if (m_path.isEmpty())
         return nullptr;
     AbstractProperty* const found =
-        m_filePath.isEmpty() ? Property::FindProperty(this, m_path) : ResolveExternalRef();
-    if (found == this)
+        m_filePath.isEmpty() ? Property::FindProperty(this, m_path) : LookUpOutside();
+    if (!found || found == this)
         return nullptr;
     // A target that lives but has left the tree may come back; what stands in its place isn't followed.
-    if (found && !m_target.Get())
+    if (!m_target.Get())
         m_target = PropertyHandle(found);
     return found;
+}
+
+// The host's code that finds nodes in other files may destroy the very reference that it works for.
+AbstractProperty* PropertyReference::LookUpOutside() const
+{
+    const PropertyHandle self(this);
+    AbstractProperty* const found = ResolveExternalRef();
+    return self.IsExpired() ? nullptr : found;
 }
 
 // A path that hasn't been followed yet. One into another file is the host's resolver's to follow.

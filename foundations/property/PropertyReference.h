@@ -96,6 +96,7 @@ private:
     AbstractProperty* Target() const;
     AbstractProperty* ReachableTarget() const;
     AbstractProperty* LookUp() const;
+    AbstractProperty* LookUpOutside() const;
     void BindByPath() const;
     void ForgetPath() const;
     void RememberPath() const;
