@@ -2,6 +2,7 @@
 
 #include "Core/FunctionProperty.h"
 #include "Core/MeasurementManager.h"
+#include "foundations/property/PropertyReference.h"
 #include "hosts/orrery/Diagnostics.h"
 #include "hosts/orrery/Failure.h"
 #include "hosts/orrery/Numbers.h"
@@ -80,6 +81,26 @@ void requireHoldable(const Variable& argument)
                       std::to_string(s_mostComputedOffsets) + " that are computed");
 }
 
+/// What a node among the arguments of a function stands for; null if it leads nowhere.
+const Variable* argumentAt(const AbstractProperty& node)
+{
+    if (!node.IsPropertyReference())
+        return dynamic_cast<const Variable*>(&node);
+    return dynamic_cast<const Variable*>(static_cast<const PropertyReference&>(node).Resolve());
+}
+
+/// A function of a function takes what that has stored, whatever its length.
+void requireHoldableArguments(const FunctionVarStrategy& strategy)
+{
+    QList<AbstractProperty*> arguments;
+    strategy.GetArguments(&arguments);
+    for (const AbstractProperty* const node : qAsConst(arguments)) {
+        const Variable* const argument = argumentAt(*node);
+        if (argument && !isFunction(*argument))
+            requireHoldable(*argument);
+    }
+}
+
 const Function* functionOf(const Variable& variable)
 {
     const auto strategy = std::dynamic_pointer_cast<FunctionVarStrategy>(variable.GetStrategyPtr().lock());
@@ -150,6 +171,9 @@ bool isFunction(const Variable& variable)
 
 BVariant resultOf(const Variable& function)
 {
+    if (const auto strategy =
+            std::dynamic_pointer_cast<FunctionVarStrategy>(function.GetStrategyPtr().lock()))
+        requireHoldableArguments(*strategy);
     if (const Function* const described = functionOf(function); described && !described->GetMeasurement())
         warn("the " + functionName(function) + " is not known here; these are the values that were stored");
     const LogWatch log;

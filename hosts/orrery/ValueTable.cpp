@@ -169,8 +169,11 @@ VariablePrinter::VariablePrinter(Output& out, const Variable& variable, const Ta
     m_span = spanOf(options.range.value_or(OffsetRange()), m_values.reader().offsets());
     if (options.units)
         m_values.convertTo(*options.units);
-    for (int i = 0; i < std::min(variable.GetIndepCount(), s_mostAxes); ++i)
+    const int axes = variable.GetIndepCount();
+    for (int i = 0; i < std::min(axes, s_mostAxes); ++i)
         addAxis(variable, i);
+    if (axes > s_mostAxes)
+        warn("of " + std::to_string(axes) + " axes the first " + std::to_string(s_mostAxes) + " are shown");
 }
 
 void VariablePrinter::addAxis(const Variable& variable, int index)

@@ -78,8 +78,10 @@ std::optional<Units> quotient(const std::optional<Units>& units, const std::opti
     const QString label = perUnits->GetUnitsLabel().isEmpty()
                               ? units->GetUnitsLabel()
                               : top + QLatin1Char('/') + inParentheses(*perUnits);
-    return Units((*units / *perUnits).GetUnitType(), label, units->GetScale() / perUnits->GetScale(), 0.0,
-                 0.0);
+    const Dimensions dimensions =
+        units->GetUnitType().GetDimensions() / perUnits->GetUnitType().GetDimensions();
+    return Units(UnitType::FindUnitType(dimensions, label), label, units->GetScale() / perUnits->GetScale(),
+                 0.0, 0.0);
 }
 
 } // namespace

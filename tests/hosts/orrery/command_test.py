@@ -19,6 +19,8 @@ import unittest
 
 ORRERY = os.path.abspath(sys.argv.pop(1))
 SOURCES = os.path.abspath(sys.argv.pop(1))
+ODD_FILES = os.environ.get("ORRERY_ODD_FILES", os.path.join(
+    os.path.dirname(ORRERY), "../../tests/hosts/orrery/orrery_odd_files"))  # in a build folder
 SAMPLE = os.path.join(SOURCES, "hosts/orrery/samples/diode.raw")
 DATA = os.path.join(SOURCES, "tests/hosts/orrery/data")
 
@@ -628,6 +630,108 @@ class FunctionTest(CommandTest):
                          "t.h5: dc1/Title: is a single value; --function takes a variable")
         self.assertEqual(self.fails(1, "show", "t.h5", "dc1", "--function", "magnitude"),
                          "t.h5: dc1: is a folder; 'orrery ls' lists it")
+
+
+class OddFileTest(CommandTest):
+    """Files that are well-formed and hold what no import makes."""
+
+    def setUp(self):
+        super().setUp()
+        subprocess.run([ODD_FILES, "odd.h5"], cwd=self.folder, check=True, timeout=60)
+
+    def shows(self, path, *arguments):
+        """Standard output and the warnings, of a run that must go well."""
+        result = self.run_orrery("show", "odd.h5", path, *arguments)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        for line in result.stderr.decode().splitlines():
+            self.assertTrue(line.startswith("orrery: warning: "), line)
+        return result.stdout.decode(), result.stderr.decode().replace("orrery: warning: ", "")
+
+    def test_a_listing_shows_all_of_them(self):
+        lines = {line.split()[0]: line for line in self.good("ls", "odd.h5").splitlines()}
+        self.assertTrue(lines["lost"].endswith(" over ?"), lines["lost"])
+        self.assertTrue(lines["many"].endswith(" over " + "own, " * 8 + "..."), lines["many"])
+        self.assertIn("  [\\x1b[31m\\n]", lines["unit-is-strange"])
+        self.assertIn("  100000000000  ", lines["huge"])
+        self.assertNotIn("[", lines["unit-is-a-value"] + lines["unit-is-hollow"])
+        self.assertEqual(len(self.good("ls", "-la", "odd.h5").splitlines()[0].split()), 10)
+
+    def test_an_axis_that_leads_nowhere(self):
+        for arguments, text in (([], "1\n2\n"), (["--csv"], "offset,lost\n0,1\n1,2\n")):
+            self.assertEqual(self.shows("lost", *arguments), (text, "axis 1 leads nowhere and is left out\n"))
+        self.assertEqual(self.fails(1, "show", "odd.h5", "lost", "--function", "derivative"),
+                         "odd.h5: lost: function 'derivative': the axis leads nowhere")
+
+    def test_an_axis_of_another_length(self):
+        self.assertEqual(self.shows("long"),
+                         ("1\n2\n", "the axis 'short' has 1 values where the variable has 2, and is left out\n"))
+        self.assertEqual(self.shows("over-huge"),
+                         ("1\n2\n", "the axis 'huge' has 100000000000 values where the variable has 2, "
+                                    "and is left out\n"))
+        self.assertEqual(self.fails(1, "show", "odd.h5", "long", "--function", "derivative"),
+                         "odd.h5: long: function 'derivative': the axis is not as long as the values")
+
+    def test_a_variable_that_is_its_own_axis(self):
+        self.assertEqual(self.shows("own"), ("own [°C]  own [°C]\n3         3\n4         4\n", ""))
+        self.assertEqual(self.shows("own", "--function", "derivative", "--at", "0"),
+                         ("offset  own [°C]  derivative(own) [°C/°C]\n0       3         1\n", ""))
+
+    def test_a_thousand_axes(self):
+        text, warning = self.shows("many", "--csv", "--at", "1")
+        self.assertEqual(text, "offset," + "own [°C]," * 8 + "many\n1," + "4," * 8 + "8\n")
+        self.assertEqual(warning, "of 1000 axes the first 8 are shown\n")
+
+    def test_units_and_axes_that_are_no_folders(self):
+        for path in ("folderless", "unit-is-a-value", "unit-is-hollow"):
+            self.assertEqual(self.shows(path), ("1\n2\n", ""))
+            self.assertEqual(self.fails(1, "show", "odd.h5", path, "--units", "V"),
+                             f"odd.h5: {path}: has no units, and can't be converted to V")
+
+    def test_units_whose_label_would_steer_a_terminal(self):
+        self.assertEqual(self.shows("unit-is-strange", "--csv", "--at", "0")[0],
+                         "offset,unit-is-strange [\\x1b[31m\\n]\n0,1\n")
+
+    def test_saved_functions(self):
+        self.assertEqual(self.shows("moving-average(y)"), ("1\n1.5\n4\n", ""))
+        self.assertEqual(self.shows("moving-average(y)", "--function", "moving-average:2"), ("1\n1.25\n2.75\n", ""))
+        self.assertEqual(self.shows("unknown"),
+                         ("7\n8\n", "the function 'of-another-host' is not known here; these are the values that "
+                                    "were stored\n"))
+
+    def test_saved_functions_that_fail_show_no_old_result(self):
+        for path, why in (("broken", "function 'moving-average': the window must be a whole number from 1"),
+                          ("orphan", "function 'magnitude': invalid argument in list; operation is undefined!"),
+                          ("circle", "function 'magnitude': there are no values"),
+                          ("of-huge", "there are 100000000000 values, and a function takes at most 134217728 that "
+                                      "are computed")):
+            for arguments in ([], ["--csv"], ["--at", "0"], ["--function", "phase"]):
+                self.assertEqual(self.fails(1, "show", "odd.h5", path, *arguments), f"odd.h5: {path}: {why}")
+
+    def test_ranges_that_no_memory_could_hold(self):
+        self.assertEqual(self.shows("huge", "--at", "99999999999", "--csv")[0],
+                         "offset,huge [km],huge [km]\n99999999999,99999999999.5,99999999999.5\n")
+        self.assertEqual(self.shows("huge", "--range", "5:6", "--units", "m")[0],
+                         "offset  huge [km]  huge [m]\n5       5.5        5500\n")
+        self.assertEqual(self.shows("joined", "--range", "99999999999:")[0], "99999999999.5\n1\n2\n6\n")
+        self.assertEqual(self.fails(1, "show", "odd.h5", "huge", "--at", "100000000000"),
+                         "odd.h5: huge: there is no offset 100000000000; there are 100000000000, from 0 to 99999999999")
+        self.assertEqual(self.fails(1, "show", "odd.h5", "huge", "--function", "magnitude"),
+                         "odd.h5: huge: there are 100000000000 values, and a function takes at most 134217728 that "
+                         "are computed")
+
+    def test_ranges_are_printed_as_they_are_computed(self):
+        limit = resource.RLIM_INFINITY if "ASAN_OPTIONS" in os.environ else 1 << 30
+        for arguments, line in (("huge", b"huge [km]  huge [km]\n"), ("largest", b"0.5\n"),
+                                ("huge --csv", b"offset,huge [km],huge [km]\n"), ("joined --csv", b"offset,joined\n")):
+            result = subprocess.run(
+                ["bash", "-c", f"'{ORRERY}' show odd.h5 {arguments} | head -1"], cwd=self.folder, capture_output=True,
+                timeout=60, preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit)))
+            self.assertEqual((result.returncode, result.stdout, result.stderr), (0, line, b""), arguments)
+
+    def test_ranges_that_can_not_be_computed(self):
+        for arguments in ([], ["--csv"], ["--at", "0"], ["--units", "m"]):
+            self.assertTrue(self.fails(1, "show", "odd.h5", "startless", *arguments).startswith("odd.h5: startless: "))
+        self.assertEqual(self.shows("itself"), ("", ""))
 
 
 class WatchTest(CommandTest):
