@@ -77,6 +77,29 @@ inline QStringList childNames(const PropertyObject& folder)
     return names;
 }
 
+/// A Variable with an axis of its own, both in `run`.
+inline Variable* addMeasured(PropertyObject& run, const QString& name, Doubles values,
+                             const QString& axisName, Doubles axis)
+{
+    Variable* const variable = addData(run, name, std::move(values));
+    EXPECT_EQ(variable->AddIndepVariableRef(addData(run, axisName, std::move(axis))), ER_SUCCESS);
+    return variable;
+}
+
+/// The last folder of data of a sweep, which stands in `folder`.
+inline ResultData* addMember(ParameterizedResultData& sweep, PropertyObject& folder, const QString& name)
+{
+    ResultData* const run = addRun(folder, name);
+    EXPECT_EQ(sweep.AddResultDataRef(run), ER_SUCCESS);
+    return run;
+}
+
+/// The folder of the independents of a joined variable; null without one.
+inline PropertyObject* independentsOf(PropertyObject& sweep, const QString& name)
+{
+    return sweep.GetPtr<PropertyObject>(name + QStringLiteral("_Indeps"));
+}
+
 /// What the reference of that name stands for; null where there is none.
 inline const AbstractProperty* targetOf(const PropertyObject& folder, const QString& name)
 {
@@ -158,12 +181,14 @@ public:
 
     Variable* FindResultVar(const QString& name) override
     {
-        return find ? find(name) : ResultData::FindResultVar(name);
+        const auto found = find; // it may destroy this folder
+        return found ? found(name) : ResultData::FindResultVar(name);
     }
     void GetVariableNameList(QStringList* list) const override
     {
-        if (listNames)
-            listNames(list);
+        const auto listed = listNames; // as above
+        if (listed)
+            listed(list);
         else
             ResultData::GetVariableNameList(list);
     }
