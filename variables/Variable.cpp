@@ -311,7 +311,8 @@ const IVariableStrategy* Variable::plainStrategy() const
     const IVariableStrategy* const strategy = m_strategy.get();
     if (!strategy || strategy->m_backRef != this)
         return nullptr;
-    const bool isPlain = isExactly<ExplicitDataVarStrategy>(strategy) || isExactly<RangeVarStrategy>(strategy);
+    const bool isPlain =
+        isExactly<ExplicitDataVarStrategy>(strategy) || isExactly<RangeVarStrategy>(strategy);
     return isPlain ? strategy : nullptr;
 }
 
