@@ -65,6 +65,8 @@ std::string kindText(const Units& units)
 
 std::string definitionText(const Units& units)
 {
+    if (Dimensionless(units) && units.GetUnitsLabel().isEmpty())
+        return "a plain number";
     const QString base = units.GetUnitType().GetReferenceSIString();
     const std::string unit = base == QLatin1String("1") ? "" : " " + printable(base.toStdString());
     const std::string label = unitsLabel(units);

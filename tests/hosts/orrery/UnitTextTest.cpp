@@ -92,6 +92,7 @@ TEST(Definitions, TellWhatAValueIsInTheBase)
     EXPECT_EQ(definitionText(parseUnits("dBm")), "x dBm = 10^(x/10) * 0.001 W");
     EXPECT_EQ(definitionText(parseUnits("log")), "x log = 10^x");
     EXPECT_EQ(definitionText(parseUnits("%")), "1 % = 0.01");
+    EXPECT_EQ(definitionText(parseUnits("")), "a plain number");
 }
 
 TEST(Kinds, HaveTheirDimensions)
