@@ -53,7 +53,7 @@ std::string usageLine(const CLI::App& program, const CLI::Error& error)
             return "there is no command " + inQuotes(word);
         return "there is no option " + inQuotes(word);
     }
-    return "expected a command: import, ls, show, diff, watch, units or convert";
+    return "expected a command: import, ls, show, join, plot, diff, watch, units or convert";
 }
 
 void setUp(CLI::App& program, bool* isVerbose, Action* action)
@@ -66,7 +66,9 @@ void setUp(CLI::App& program, bool* isVerbose, Action* action)
     program.set_help_flag("-h,--help", "Print this help");
     addDiffCommand(program, action);
     addImportCommand(program, action);
+    addJoinCommand(program, action);
     addLsCommand(program, action);
+    addPlotCommand(program, action);
     addShowCommand(program, action);
     addWatchCommand(program, action);
     addUnitsCommand(program, action);
