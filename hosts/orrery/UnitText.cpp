@@ -20,8 +20,8 @@ std::string refusal(const QString& text)
 {
     const QString read = asRead(text);
     const SIStringDiagnosis diagnosis = Units::DiagnoseSIString(read);
-    const std::string line = "there is no unit " + inQuotes(text.toStdString()) + ": " +
-                             printable(diagnosis.message().toStdString());
+    std::string line = "there is no unit " + inQuotes(text.toStdString()) + ": " +
+                       printable(diagnosis.message().toStdString());
     if (read.size() > 60)
         return line;
     const std::size_t column = columnsOf(printable(read.left(diagnosis.position).toStdString()));
