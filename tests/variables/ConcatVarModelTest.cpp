@@ -101,13 +101,14 @@ enum class Regime
 class RandomConcat
 {
 public:
-    RandomConcat(Regime regime, std::mt19937_64& random)
+    /// With up to `most` members.
+    RandomConcat(Regime regime, std::mt19937_64& random, std::uint64_t most = 5)
         : m_regime(regime)
         , m_random(random)
     {
         const auto& rows = TestSupport::elementRows();
         m_code = rows[below(rows.size())].code;
-        const std::uint64_t count = below(6);
+        const std::uint64_t count = below(most + 1);
         for (std::uint64_t i = 0; i < count; ++i)
             addMember(i);
     }
@@ -315,23 +316,32 @@ protected:
         const std::uint64_t count = countOf(members);
         ASSERT_EQ(c.GetMaxIndepOffset(), count);
         const auto bounds = boundsOf(count);
-        for (const std::uint64_t offset : bounds) {
-            SCOPED_TRACE(testing::Message() << "offset " << offset);
-            expectSame(made, readingOf([&](BVariant* out) { return valueAt(members, out, offset); }),
-                       [&] { return readAt(c, offset); });
+        for (const std::uint64_t offset : bounds)
+            compareAt(made, offset);
+        for (const std::uint64_t start : bounds) {
+            for (const std::uint64_t end : bounds)
+                compareRange(made, start, end);
         }
-        for (const std::uint64_t start : bounds)
-            for (const std::uint64_t end : bounds) {
-                SCOPED_TRACE(testing::Message() << "from " << start << " to " << end);
-                expectSame(made,
-                           readingOf([&](BVariant* out) { return valueRange(members, out, start, end); }),
-                           [&] { return readRange(c, start, end); });
-            }
         expectSame(made, readingOf([&](BVariant* out) {
                        *out = dataOf(members);
                        return ER_SUCCESS;
                    }),
                    [&] { return readData(c); });
+    }
+
+    void compareAt(RandomConcat& made, std::uint64_t offset)
+    {
+        SCOPED_TRACE(testing::Message() << "offset " << offset);
+        expectSame(made, readingOf([&](BVariant* out) { return valueAt(made.members(), out, offset); }),
+                   [&] { return readAt(*made.concat(), offset); });
+    }
+
+    void compareRange(RandomConcat& made, std::uint64_t start, std::uint64_t end)
+    {
+        SCOPED_TRACE(testing::Message() << "from " << start << " to " << end);
+        expectSame(made,
+                   readingOf([&](BVariant* out) { return valueRange(made.members(), out, start, end); }),
+                   [&] { return readRange(*made.concat(), start, end); });
     }
 
     /// One concatenation for each seed, up to the first that differs.
@@ -373,6 +383,29 @@ TEST_F(ConcatVarModel, HoldsForVectorsOfOneType)
     EXPECT_EQ(coverage.exceptions, 0);
     EXPECT_GT(coverage.joined, 1000);
     EXPECT_GT(coverage.failuresWithValues, 1000);
+}
+
+TEST_F(ConcatVarModel, HoldsForManyMembers)
+{
+    const MessageCapture log;
+    for (std::uint64_t i = 0; i < 150 && !HasFailure(); ++i) {
+        const TestSupport::RandomSeed seed{50000 + i};
+        SCOPED_TRACE(seed);
+        auto random = seed.engine();
+        RandomConcat made(i % 3 == 0 ? Regime::Anything : Regime::OneType, random, 60);
+        const Members& members = made.members();
+        const std::uint64_t count = countOf(members);
+        ASSERT_EQ(made.concat()->GetMaxIndepOffset(), count);
+        for (int read = 0; read < 40; ++read) {
+            const std::uint64_t start = randomBelow(random, count % 200 + 2);
+            const std::uint64_t end = randomBelow(random, count % 200 + 3);
+            compareRange(made, start, end);
+            compareAt(made, start);
+        }
+        compareRange(made, 0, 0);
+    }
+    EXPECT_GT(coverage.joined, 500);
+    EXPECT_GT(coverage.failuresWithValues, 100);
 }
 
 TEST_F(ConcatVarModel, HoldsForMembersOfAllShapesTypesAndFailures)

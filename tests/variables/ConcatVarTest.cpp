@@ -769,6 +769,76 @@ TEST_F(ConcatVarTest, AMemberMayAddAnotherWhileItIsRead)
     EXPECT_EQ(numberedNames(*c).size(), 3);
 }
 
+TEST_F(ConcatVarTest, AMemberMayDestroyALaterOneWhileItIsCounted)
+{
+    HostVariable* const host = addHost(numbers({1, 2}));
+    host->count = [this] {
+        top.DeleteProperty(QStringLiteral("x1"));
+        c->DeleteProperty(QStringLiteral("2"));
+        return std::uint64_t{2};
+    };
+    add(numbers({3}));
+    add(numbers({4}));
+    EXPECT_EQ(c->GetMaxIndepOffset(), 2u);
+    EXPECT_EQ(readAt(*c, 2), refused(ER_FAILED));
+}
+
+/// What a member does when it is read, and a read that comes to it.
+using Operation = void (*)(HostVariable& host, const std::function<void()>& reaction);
+
+void whenCounted(HostVariable& host, const std::function<void()>& reaction)
+{
+    host.count = [reaction] {
+        reaction();
+        return std::uint64_t{2};
+    };
+}
+
+void whenReadSingly(HostVariable& host, const std::function<void()>& reaction)
+{
+    host.at = [reaction](BVariant* out, std::uint64_t) {
+        reaction();
+        *out = BVariant(5.0);
+        return ER_SUCCESS;
+    };
+}
+
+void whenReadInARun(HostVariable& host, const std::function<void()>& reaction)
+{
+    host.range = [reaction](BVariant* out, std::uint64_t, std::uint64_t) {
+        reaction();
+        *out = numbers({5, 6});
+        return ER_SUCCESS;
+    };
+}
+
+TEST_F(ConcatVarTest, AMemberMayDestroyTheConcatenationThatReadsIt)
+{
+    for (const Operation when : {&whenCounted, &whenReadSingly, &whenReadInARun}) {
+        for (int read = 0; read < 4; ++read) {
+            PropertyObject folder(QStringLiteral("folder"));
+            auto* const doomed = insert(folder, std::make_unique<ConcatVar>(QStringLiteral("doomed")));
+            HostVariable* const host = insertHost(folder, QStringLiteral("host"));
+            host->UpdateData(numbers({1, 2}));
+            doomed->AddVariable(host);
+            doomed->AddVariable(insertData(folder, QStringLiteral("x"), numbers({3})));
+            const bool comesToIt = when == &whenCounted || (when == &whenReadSingly) == (read == 1);
+            when(*host, [&folder] { folder.DeleteProperty(QStringLiteral("doomed")); });
+            BVariant out;
+            if (read == 0)
+                doomed->GetData();
+            else if (read == 1)
+                doomed->GetValueAt(&out, 0);
+            else if (read == 2)
+                doomed->GetValueRange(&out, 0, 0);
+            else
+                doomed->GetMaxIndepOffset();
+            const bool expected = comesToIt && (read != 3 || when == &whenCounted);
+            EXPECT_EQ(folder.HasProperty(QStringLiteral("doomed")), !expected) << read;
+        }
+    }
+}
+
 // --- the class
 
 TEST(ConcatVar, NamesItselfAndItsStrategy)

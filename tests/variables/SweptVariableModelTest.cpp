@@ -108,10 +108,12 @@ ERESULT valueRange(const Sweep& sweep, BVariant* out, std::uint64_t start, std::
 class RandomSweep
 {
 public:
-    explicit RandomSweep(std::mt19937_64& random)
+    /// Over up to `most` members.
+    explicit RandomSweep(std::mt19937_64& random, std::uint64_t most = 5)
         : m_random(random)
     {
-        const std::uint64_t count = below(6);
+        const std::uint64_t count = below(most + 1);
+        m_rarity = std::max<std::uint64_t>(12, 2 * count);
         for (std::uint64_t i = 0; i < count; ++i)
             addMember(numbered("m", i));
         m_model.parameter = below(3) == 0 ? host(count) : insertData(m_top, QStringLiteral("p"), data(count));
@@ -130,7 +132,7 @@ private:
 
     void addMember(const QString& name)
     {
-        const std::uint64_t kind = below(12);
+        const std::uint64_t kind = below(m_rarity);
         if (kind == 0) {
             m_concat->SetPropertyRef(QString::number(m_model.members.size()), insertFolder(m_top, name));
             m_model.members.push_back(nullptr);
@@ -201,6 +203,7 @@ private:
     }
 
     std::mt19937_64& m_random;
+    std::uint64_t m_rarity = 12; // one member in so many is out of the ordinary
     PropertyObject m_top{QStringLiteral("top")};
     ConcatVar* m_concat = insert(m_top, std::make_unique<ConcatVar>(QStringLiteral("c")));
     SweptVariable* m_sweep = insert(m_top, std::make_unique<SweptVariable>(QStringLiteral("s")));
@@ -240,11 +243,8 @@ protected:
         const std::uint64_t count = countOf(model);
         ASSERT_EQ(made.sweep().GetMaxIndepOffset(), count);
         const std::uint64_t near = std::min<std::uint64_t>(count, 14) + 3;
-        for (std::uint64_t offset = 0; offset <= near; ++offset) {
-            SCOPED_TRACE(testing::Message() << "offset " << offset);
-            expectSame(made, readingOf([&](BVariant* out) { return valueAt(model, out, offset); }),
-                       [&] { return readAt(made.sweep(), offset); });
-        }
+        for (std::uint64_t offset = 0; offset <= near; ++offset)
+            compareAt(made, offset);
         for (std::uint64_t start = 0; start <= near; ++start) {
             for (std::uint64_t end = 0; end <= near; ++end)
                 compareRange(made, start, end);
@@ -253,9 +253,13 @@ protected:
         expectSame(made, dataOf(model), [&] { return readData(made.sweep()); });
     }
 
-    Coverage coverage;
+    void compareAt(RandomSweep& made, std::uint64_t offset)
+    {
+        SCOPED_TRACE(testing::Message() << "offset " << offset);
+        expectSame(made, readingOf([&](BVariant* out) { return valueAt(made.model(), out, offset); }),
+                   [&] { return readAt(made.sweep(), offset); });
+    }
 
-private:
     void compareRange(RandomSweep& made, std::uint64_t start, std::uint64_t end)
     {
         SCOPED_TRACE(testing::Message() << "from " << start << " to " << end);
@@ -263,6 +267,9 @@ private:
                    [&] { return readRange(made.sweep(), start, end); });
     }
 
+    Coverage coverage;
+
+private:
     static Reading dataOf(const Sweep& model)
     {
         return readingOf([&](BVariant* out) {
@@ -299,6 +306,25 @@ TEST_F(SweptVariableModel, HoldsForParametersOfAllTypesAndMembersOfAllLengths)
     EXPECT_GT(coverage.failuresWithValues, 1000);
     EXPECT_GT(coverage.lengthErrors, 1000);
     EXPECT_GT(coverage.otherExceptions, 1000);
+}
+
+TEST_F(SweptVariableModel, HoldsForManyMembers)
+{
+    for (std::uint64_t i = 0; i < 200 && !HasFailure(); ++i) {
+        const TestSupport::RandomSeed seed{60000 + i};
+        SCOPED_TRACE(seed);
+        auto random = seed.engine();
+        RandomSweep made(random, 200);
+        const std::uint64_t count = countOf(made.model());
+        ASSERT_EQ(made.sweep().GetMaxIndepOffset(), count);
+        for (int read = 0; read < 30; ++read) {
+            const std::uint64_t start = randomBelow(random, count % 500 + 2);
+            compareRange(made, start, start + randomBelow(random, count % 500 + 3));
+            compareAt(made, start);
+        }
+    }
+    EXPECT_GT(coverage.successes, 1000);
+    EXPECT_GT(coverage.otherExceptions, 100);
 }
 
 } // namespace

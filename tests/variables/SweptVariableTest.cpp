@@ -448,6 +448,61 @@ TEST_F(SweptVariableTest, NullOutputsAreRefused)
     EXPECT_EQ(sweep->GetElementShape(nullptr), ER_INVALID_ARGUMENT);
 }
 
+TEST_F(SweptVariableTest, AMemberMayDestroyWhatTheSweepIsComputedFrom)
+{
+    for (const QString& name : {QStringLiteral("p"), QStringLiteral("c"), QStringLiteral("sweep")}) {
+        for (int read = 0; read < 4; ++read) {
+            PropertyObject folder(QStringLiteral("folder"));
+            auto* const doomed = insert(folder, std::make_unique<SweptVariable>(QStringLiteral("sweep")));
+            auto* const joined = insert(folder, std::make_unique<ConcatVar>(QStringLiteral("c")));
+            HostVariable* const host = insertHost(folder, QStringLiteral("host"));
+            joined->AddVariable(insertData(folder, QStringLiteral("x"), numbers({3})));
+            joined->AddVariable(host);
+            joined->AddVariable(insertData(folder, QStringLiteral("y"), numbers({4})));
+            doomed->SetParameter(insertData(folder, QStringLiteral("p"), numbers({10, 20, 30})));
+            doomed->SetConcatVar(joined);
+            host->count = [&folder, name] {
+                folder.DeleteProperty(name);
+                return std::uint64_t{2};
+            };
+            BVariant out;
+            if (read == 0)
+                failureOf([&] { doomed->GetData(); });
+            else if (read == 1)
+                failureOf([&] { doomed->GetValueAt(&out, 3); });
+            else if (read == 2)
+                failureOf([&] { doomed->GetValueRange(&out, 0, 4); });
+            else
+                doomed->GetMaxIndepOffset();
+            EXPECT_FALSE(folder.HasProperty(name)) << read;
+        }
+    }
+}
+
+TEST_F(SweptVariableTest, AParameterMayDestroyTheSweepThatReadsIt)
+{
+    for (const QString& name : {QStringLiteral("p"), QStringLiteral("c"), QStringLiteral("sweep")}) {
+        PropertyObject folder(QStringLiteral("folder"));
+        auto* const doomed = insert(folder, std::make_unique<SweptVariable>(QStringLiteral("sweep")));
+        auto* const joined = insert(folder, std::make_unique<ConcatVar>(QStringLiteral("c")));
+        HostVariable* const host = insertHost(folder, QStringLiteral("p"));
+        joined->AddVariable(insertData(folder, QStringLiteral("x"), numbers({3})));
+        joined->AddVariable(insertData(folder, QStringLiteral("y"), numbers({4})));
+        doomed->SetParameter(host);
+        doomed->SetConcatVar(joined);
+        host->at = [&folder, &name](BVariant* out, std::uint64_t) {
+            const QString gone = name; // this function may go with the parameter
+            *out = BVariant(1.0);
+            folder.DeleteProperty(gone);
+            return ER_SUCCESS;
+        };
+        BVariant out;
+        const Failure failure = failureOf([&] { doomed->GetValueRange(&out, 0, 0); });
+        EXPECT_FALSE(folder.HasProperty(name));
+        EXPECT_TRUE(failure == (Failure{"none", ""}) || failure == noScalar) << failure;
+    }
+}
+
 // --- the two children
 
 TEST_F(TenAndTwenty, BothAreReferences)
