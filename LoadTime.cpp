@@ -11,6 +11,7 @@
 #include "Core/FunctionProperty.h"
 #include "Core/MeasurementManager.h"
 #include "Core/PolynomialMeasurement.h"
+#include "foundations/property/CloneRun_p.h"
 #include "foundations/property/PropertyObjectFactory.h"
 #include "results/ParameterizedResultData.h"
 #include "results/Result.h"
@@ -26,6 +27,8 @@
 #include "variables/Variable.h"
 
 #include <QObject>
+
+#include <typeinfo>
 
 namespace Orrery {
 namespace {
@@ -141,6 +144,8 @@ const QString Result::s_displayTemplate = QStringLiteral("DisplayTemplate");
 
 // Function
 [[maybe_unused]] static const ERESULT s_functionRegistered = registerType<Function>();
+const bool Function::s_clonesTrusted =
+    Internal::trustClonesOf(typeid(Function), &Function::holdsNoMeasurement);
 const QString Function::s_functionName = QStringLiteral("Function");
 const QString Function::s_parameters = QStringLiteral("Parameters");
 

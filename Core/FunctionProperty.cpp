@@ -200,6 +200,11 @@ bool Function::SetMeasurementFromName(const QString& name)
     return found;
 }
 
+bool Function::holdsNoMeasurement(const PropertyObject& function)
+{
+    return !static_cast<const Function&>(function).m_measurement;
+}
+
 // Lets the former measurement go without destroying it. Both ways that do so lead through here, and no other: the leak
 // checker knows the clones that may be lost by the name of this function.
 void Function::replaceMeasurement(const Measurement<Variable>& pattern)

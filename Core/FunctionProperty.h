@@ -103,6 +103,10 @@ private:
     static const QString s_functionName;
     static const QString s_parameters;
 
+    /// Whether the clone of a Function has nothing to do with the code of a measurement.
+    static bool holdsNoMeasurement(const PropertyObject& function);
+    static const bool s_clonesTrusted;
+
     void replaceMeasurement(const Measurement<Variable>& pattern);
     ERESULT replaceParameters(const std::vector<BVariant>& values);
 

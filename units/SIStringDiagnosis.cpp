@@ -52,6 +52,66 @@ QString listed(const QStringList& texts)
     return list.simplified(); // the catalogue may hold names of several lines
 }
 
+QString inGroup(const QStringList& factors)
+{
+    return QLatin1Char('(') + factors.join(QLatin1Char('*')) + QLatin1Char(')');
+}
+
+bool isSign(QChar unit)
+{
+    return unit == u'*' || unit == u'/';
+}
+
+/// A quotient that goes on behind its first divisor, taken apart.
+struct LongQuotient
+{
+    QString dividend; // with all that stands before it
+    QStringList divisors;
+    QStringList factors;  // those behind a divisor
+    QStringList operands; // both, in their order
+    QString behind;       // what follows the quotient
+    bool dividesFactors = false;
+};
+
+LongQuotient takeApart(const QString& text, int divisionSign)
+{
+    LongQuotient quotient;
+    quotient.dividend = text.left(divisionSign);
+    QChar sign = u'/';
+    int begin = divisionSign + 1;
+    int depth = 0;
+    for (int i = begin; i <= text.size(); ++i) {
+        const bool isEnd = i == text.size() || (depth == 0 && text[i] == u')');
+        if (isEnd || (depth == 0 && isSign(text[i]))) {
+            quotient.operands.append(text.mid(begin, i - begin));
+            quotient.dividesFactors |= sign == u'/' && !quotient.factors.isEmpty();
+            (sign == u'/' ? quotient.divisors : quotient.factors).append(quotient.operands.last());
+            begin = i + 1;
+        }
+        if (isEnd) {
+            quotient.behind = text.mid(i);
+            break;
+        }
+        if (depth == 0 && isSign(text[i]))
+            sign = text[i];
+        depth += text[i] == u'(' ? 1 : 0;
+        depth -= text[i] == u')' ? 1 : 0;
+    }
+    return quotient;
+}
+
+// Whether the SI string says all of the unit. It is read without a look for its type: that may register one.
+bool saysAllOf(const Units& units, const QString& siString)
+{
+    int start = 0;
+    const SIStringForm form = Internal::formOf(siString, &start);
+    SIQuotientReader reader(siString, start);
+    const UnitType& type = units.GetUnitType();
+    return reader.run() && Internal::endsWell(form, siString, reader.position()) &&
+           reader.dimensions() == type.GetDimensions() && reader.scale() == units.GetScale() &&
+           units.GetOffset() == 0.0 && Internal::logScaleOf(form, type) == units.GetLogScale();
+}
+
 /// Works out one diagnosis. The reading is the parser's own, so that both agree on what is refused.
 class Diagnosing
 {
@@ -125,12 +185,14 @@ private:
     void tellBlank(int position);
     void tellSecondDivision();
     void tellFactorBehind();
+    void suggestQuotients();
     void tellExponent();
     void tellWord(int position);
     void tellMissingOperator();
     void suggestBareExponent();
     void suggestPowerOfGroup(int end);
     void suggestRepairs();
+    void suggestDecibels(const QString& text);
     void suggestWords(const QString& word, int position);
     void advise();
 
@@ -151,16 +213,10 @@ bool Diagnosing::tellName()
     if (SystemOfUnits::instance().GetUnitsByName(m_text, &named) < 0)
         return false;
     tellFound(0, m_text.size(), "is a name of the unit catalogue, not an SI string", "an SI string");
-    const Units parsed = Units::FromSIString(named.GetSIUnits());
-    const bool isSame = parsed.IsValid() && parsed.IsCommensurable(named) &&
-                        parsed.GetScale() == named.GetScale() && parsed.GetOffset() == named.GetOffset() &&
-                        parsed.GetLogScale() == named.GetLogScale();
-    if (isSame)
+    if (saysAllOf(named, named.GetSIUnits()))
         suggest(named.GetSIUnits());
-    if (m_result.suggestions.isEmpty()) {
-        m_result.suggestions.append(m_text);
+    if (m_result.suggestions.isEmpty())
         m_result.advice = QStringLiteral("look it up in the catalogue");
-    }
     return true;
 }
 
@@ -263,12 +319,7 @@ void Diagnosing::tellSecondDivision()
     tell(m_at, 1, QStringLiteral("a second '/' at %1").arg(m_at), "the end of the quotient");
     if (!isShort())
         return;
-    const int first = m_reader.divisionSign();
-    const QStringList divisors = m_text.mid(first + 1).split(QLatin1Char('/'));
-    if (std::count(divisors.begin(), divisors.end(), divisors.front()) == divisors.size())
-        suggest(m_text.left(first + 1) + divisors.front() + QLatin1Char('^') +
-                QString::number(divisors.size()));
-    suggest(m_text.left(first) + QLatin1String("/(") + divisors.join(QLatin1Char('*')) + QLatin1Char(')'));
+    suggestQuotients();
 }
 
 void Diagnosing::tellFactorBehind()
@@ -282,10 +333,33 @@ void Diagnosing::tellFactorBehind()
     tellFound(m_at, 1, "can't follow a divisor", "the end of the quotient");
     if (!isShort())
         return;
-    const QString dividend = m_text.left(first) == QLatin1String("1") ? QString() : m_text.left(first);
-    const QString factors = m_text.mid(m_at + (dividend.isEmpty() ? 1 : 0));
-    suggest(dividend + factors + m_text.mid(first, m_at - first));
-    suggest(m_text.left(first) + QLatin1String("/(") + m_text.mid(first + 1) + QLatin1Char(')'));
+    suggestQuotients();
+    if (m_result.suggestions.isEmpty())
+        suggestRepairs(); // the "*" may be half of a "**"
+}
+
+// Read from the left, each operand belongs to the sign before it. What rather stands in one group behind the first "/"
+// is offered too, unless it divides again: then nobody can tell what was meant to belong together.
+void Diagnosing::suggestQuotients()
+{
+    const LongQuotient quotient = takeApart(m_text, m_reader.divisionSign());
+    const QStringList& divisors = quotient.divisors;
+    const QString factors = quotient.factors.join(QLatin1Char('*'));
+    QString dividend = quotient.dividend;
+    const bool isOne = dividend == QLatin1String("1") || dividend.endsWith(QLatin1String("(1"));
+    if (!factors.isEmpty() && isOne)
+        dividend.chop(1);
+    else if (!factors.isEmpty())
+        dividend += QLatin1Char('*');
+    dividend += factors + QLatin1Char('/');
+    const bool isPower = divisors.size() > 1 &&
+                         std::count(divisors.begin(), divisors.end(), divisors.front()) == divisors.size();
+    if (isPower)
+        suggest(dividend + divisors.front() + QLatin1Char('^') + QString::number(divisors.size()) +
+                quotient.behind);
+    suggest(dividend + (divisors.size() > 1 ? inGroup(divisors) : divisors.front()) + quotient.behind);
+    if (!quotient.dividesFactors)
+        suggest(quotient.dividend + QLatin1Char('/') + inGroup(quotient.operands) + quotient.behind);
 }
 
 void Diagnosing::tellExponent()
@@ -395,9 +469,28 @@ void Diagnosing::suggestRepairs()
 {
     if (!isShort())
         return;
-    suggest(Internal::repairedSymbols(m_text));
-    if (m_text.startsWith(QLatin1String("dB")) && m_form == SIStringForm::Linear)
-        suggest(QLatin1String("dB(") + m_text.mid(2) + QLatin1Char(')'));
+    const QString repaired = Internal::repairedSymbols(m_text);
+    suggest(repaired);
+    if (repaired.startsWith(QLatin1String("dB")) && m_form == SIStringForm::Linear)
+        suggestDecibels(repaired);
+}
+
+// "dBm/Hz" means a milliwatt, as "dBm" does, and no metre. Where no name stands before the sign, the letters behind
+// "dB" are the unit.
+void Diagnosing::suggestDecibels(const QString& text)
+{
+    int end = 2;
+    while (end < text.size() && !isSign(text[end]) && text[end] != u'^')
+        ++end;
+    Units named;
+    if (end == text.size() || SystemOfUnits::instance().GetUnitsByName(text.left(end), &named) < 0) {
+        suggest(QLatin1String("dB(") + text.mid(2) + QLatin1Char(')'));
+        return;
+    }
+    const QString reference = named.GetSIUnits();
+    const bool isDecibel = reference.startsWith(QLatin1String("dB(")) && saysAllOf(named, reference);
+    if (isDecibel && text[end] != u'^')
+        suggest(reference.left(reference.size() - 1) + text.mid(end) + QLatin1Char(')'));
 }
 
 void Diagnosing::suggestWords(const QString& word, int position)
@@ -405,7 +498,7 @@ void Diagnosing::suggestWords(const QString& word, int position)
     if (!m_result.suggestions.isEmpty())
         return;
     const bool isAll = word == m_text;
-    const QStringList similar = Internal::similarSymbols(word, isAll);
+    const QStringList similar = Internal::similarSymbols(word, isAll).mid(0, s_mostSuggestions);
     for (const QString& symbol : similar) {
         if (isAll)
             m_result.suggestions.append(symbol);

@@ -252,4 +252,17 @@ bool endsWell(SIStringForm form, QStringView text, int quotientEnd)
     return quotientEnd + 1 == text.size() && text[quotientEnd] == u')';
 }
 
+double logScaleOf(SIStringForm form, const UnitType& type)
+{
+    switch (form) {
+    case SIStringForm::Linear:
+        return 0.0;
+    case SIStringForm::Decibel:
+        return UnitType::GetDBType(type) == UnitType::fieldDecibel ? 20.0 : 10.0;
+    case SIStringForm::Logarithm:
+        return 1.0;
+    }
+    return 0.0;
+}
+
 } // namespace Orrery::Internal

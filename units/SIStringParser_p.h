@@ -120,4 +120,7 @@ SIStringForm formOf(QStringView text, int* quotientStart);
 /// Whether a text of that form ends as it must where its quotient has ended.
 bool endsWell(SIStringForm form, QStringView text, int quotientEnd);
 
+/// The logarithmic scale of a unit in that form. Of the type only the dimensions count.
+double logScaleOf(SIStringForm form, const UnitType& type);
+
 } // namespace Orrery::Internal

@@ -11,6 +11,13 @@
 #include <vector>
 
 namespace Orrery::Internal {
+
+/// The names of the catalogue without a copy of their units.
+struct CatalogueAccess
+{
+    static const QMap<QString, Units>& rows() { return SystemOfUnits::instance().m_units; }
+};
+
 namespace {
 
 constexpr int s_longestWord = 12;
@@ -96,18 +103,9 @@ void considerSymbols(Ranking* ranking)
 
 void considerNames(Ranking* ranking)
 {
-    const SystemOfUnits& catalogue = SystemOfUnits::instance();
-    std::vector<UnitType> seen;
-    const QList<Units> all = catalogue.GetAllUnits();
-    for (const Units& units : all) {
-        const UnitType& type = units.GetUnitType();
-        if (std::find(seen.begin(), seen.end(), type) != seen.end())
-            continue;
-        seen.push_back(type);
-        const QStringList names = catalogue.GetUnitNames(type);
-        for (const QString& name : names)
-            ranking->consider(name, 1);
-    }
+    const QMap<QString, Units>& rows = CatalogueAccess::rows();
+    for (auto row = rows.constBegin(); row != rows.constEnd(); ++row)
+        ranking->consider(row.key(), 1);
 }
 
 } // namespace

@@ -161,8 +161,9 @@ QString repaired(const QString& text)
 
 /// Held while units of the catalogue are copied.
 ///
-/// A copy makes notes at the children of its source as long as it runs, so that two copies of one unit can't be made
-/// at once. Recursive, since the children of a host's unit are copied by the host's own code.
+/// A unit of the system's own making may be copied on several threads at once. A host's may not, when it has children
+/// of a class of the host or a measurement of its conversion function: notes are made at the children then as long as
+/// the copy runs. Recursive, since the host's code that copies such a child may look units up.
 std::unique_lock<std::recursive_mutex> oneCopyAtATime()
 {
     static std::recursive_mutex mutex;
@@ -190,18 +191,13 @@ UnitsList differentUnits(const QMap<QString, Units>& catalogue, Predicate isWant
     return taken;
 }
 
-void appendCopies(const UnitsList& source, QList<Units>* target)
-{
-    const auto lock = oneCopyAtATime();
-    target->reserve(target->size() + static_cast<int>(source.size()));
-    for (const Units* units : source)
-        target->append(*units);
-}
-
 QList<Units> copiesOf(const UnitsList& source)
 {
     QList<Units> copies;
-    appendCopies(source, &copies);
+    const auto lock = oneCopyAtATime();
+    copies.reserve(static_cast<int>(source.size()));
+    for (const Units* units : source)
+        copies.append(*units);
     return copies;
 }
 } // namespace
@@ -267,10 +263,9 @@ QList<Units> SystemOfUnits::GetCompatibleUnits(const Units& units) const
     const UnitsList others = differentUnits(m_units, [&](const Units& candidate) {
         return candidate.GetUnitType() == type && !(candidate == units);
     });
-    QList<Units> compatible;
-    compatible.append(units);
-    appendCopies(others, &compatible);
-    return compatible;
+    UnitsList all = {&units};
+    all.insert(all.end(), others.begin(), others.end());
+    return copiesOf(all);
 }
 
 ERESULT SystemOfUnits::InsertUnits(const QString& name, const Units& units)

@@ -10,6 +10,10 @@
 #include <QStringList>
 
 namespace Orrery {
+namespace Internal {
+struct CatalogueAccess;
+}
+
 /// The catalogue of named units, one per process: what a user or a file calls a unit, and the unit that this means.
 ///
 /// It starts with 125 names for 117 different units and forgets at exit what a host added or removed. It is the only
@@ -20,12 +24,15 @@ namespace Orrery {
 /// many built-in units pass through QObject::tr when the catalogue is built, and their names with them where a name
 /// is just the label.
 /// Threads: the first call of instance() is safe on any thread. Look-ups at once are safe while nobody inserts or
-///          removes, except that GetUnitsFromString may parse, which can register a new unit type.
+///          removes, also with one unit as the argument of several, except that GetUnitsFromString may parse, which
+///          can register a new unit type.
 class ORRERYCOREVARIABLES_EXPORT SystemOfUnits
 {
 public:
     /// The one catalogue.
     ///
+    /// Edge: it goes at exit, after the statics that were complete only after its first call. A static that was made
+    ///       before must not use it in its destructor.
     /// Cost: the first call builds it, one unit per name; afterwards a few loads.
     static SystemOfUnits& instance();
 
@@ -83,6 +90,8 @@ public:
     ERESULT RemoveUnits(const QString& name);
 
 private:
+    friend struct Internal::CatalogueAccess;
+
     SystemOfUnits();
 
     QMap<QString, Units> m_units;

@@ -1,6 +1,7 @@
 #include "units/Units.h"
 
 #include "Core/FunctionProperty.h"
+#include "foundations/property/PropertyHandle.h"
 #include "foundations/variant/VariantOperations.h"
 #include "units/SIStringParser_p.h"
 #include "units/UnitsNames_p.h"
@@ -30,19 +31,6 @@ Units baseUnits(const Dimensions& dimensions, const QString& text)
     return Units(type, type.GetReferenceSIString(), 1.0, 0.0, 0.0);
 }
 
-double logScaleOf(SIStringForm form, const UnitType& type)
-{
-    switch (form) {
-    case SIStringForm::Linear:
-        return 0.0;
-    case SIStringForm::Decibel:
-        return UnitType::GetDBType(type) == UnitType::fieldDecibel ? 20.0 : 10.0;
-    case SIStringForm::Logarithm:
-        return 1.0;
-    }
-    return 0.0;
-}
-
 } // namespace
 
 bool Units::Impl::ParseSIString(const QString& text)
@@ -62,7 +50,7 @@ bool Units::Impl::ParseSIString(const QString& text)
     if (!isQuotient || !Internal::endsWell(form, text, reader.position()))
         return false;
     type = UnitType::TypeFor(reader.dimensions(), text);
-    logScale = logScaleOf(form, type);
+    logScale = Internal::logScaleOf(form, type);
     return true;
 }
 
@@ -90,40 +78,55 @@ Units::Units(const QString& siString)
     SetSIUnits(siString);
 }
 
-// The folder's assignment, not its copy: a unit takes over no flags.
-// NOLINTNEXTLINE(bugprone-copy-constructor-init)
-Units::Units(const Units& other)
-    : PropertyObject()
+Units::Units(const Units& other, std::unique_ptr<Impl> numbers)
+    : PropertyObject(other)
+    , m_impl(std::move(numbers))
 {
-    PropertyObject::operator=(other);
-    m_impl = std::make_unique<Impl>(*other.m_impl);
+    SetPropertyFlags(PropertyFlagSerializable); // a unit takes over no flags
+}
+
+Units::Units(const Units& other)
+    : Units(other, std::make_unique<Impl>(*other.m_impl))
+{
 }
 
 // The children are cloned, not moved: the source may stand in a tree, and its folder stays whole. That may throw.
 // NOLINTNEXTLINE(performance-noexcept-move-constructor)
 Units::Units(Units&& other)
-    : PropertyObject()
+    : Units(other, nullptr)
 {
-    PropertyObject::operator=(other);
     m_impl.swap(other.m_impl);
 }
 
-// The base class knows the way back from an assignment to itself.
-// NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
 Units& Units::operator=(const Units& other)
 {
-    auto numbers = std::make_unique<Impl>(*other.m_impl);
-    PropertyObject::operator=(other);
-    m_impl = std::move(numbers);
+    if (this != &other)
+        TakeOver(other, std::make_unique<Impl>(*other.m_impl));
     return *this;
 }
 
+// The source may stand below this unit, and goes with the former children then.
 // NOLINTNEXTLINE(performance-noexcept-move-constructor)
 Units& Units::operator=(Units&& other)
 {
-    PropertyObject::operator=(other);
-    m_impl.swap(other.m_impl);
+    if (this == &other)
+        return *this;
+    const PropertyHandle source(&other);
+    std::unique_ptr<Impl> former =
+        TakeOver(other, other.m_impl ? std::make_unique<Impl>(*other.m_impl) : nullptr);
+    if (former && source.Get())
+        other.m_impl = std::move(former);
     return *this;
+}
+
+/// Children of the other unit and these numbers; returns the former ones. After what throws all is as before, and
+/// nothing happens to a unit that a handler of a former child's end has destroyed.
+std::unique_ptr<Units::Impl> Units::TakeOver(const Units& other, std::unique_ptr<Impl> numbers)
+{
+    const PropertyHandle self(GetPropertyCount() > 0 ? this
+                                                     : nullptr); // without children there is no such handler
+    PropertyObject::operator=(other);
+    return self.IsExpired() ? nullptr : std::exchange(m_impl, std::move(numbers));
 }
 
 Units::~Units() = default;

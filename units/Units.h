@@ -22,8 +22,9 @@ namespace Orrery {
 /// A unit from an SI string comes back whole from a file. One from explicit numbers comes back with its numbers,
 /// its SI string and its label, but without its dimensions: what is saved with it names no type.
 ///
-/// Threads: no lock. Units may be read from several threads at once; a parse can append to the registry of
-///          types (UnitType).
+/// Threads: no lock. Units may be read and copied on several threads at once; only those to which a host has given
+///          children of its own classes, or a conversion function with a measurement, are copied on one at a time.
+///          A parse can append to the registry of types (UnitType).
 class ORRERYCOREVARIABLES_EXPORT Units : public PropertyObject
 {
 public:
@@ -67,6 +68,9 @@ public:
     Units& operator=(const Units& other);
 
     /// As a copy, but the numbers are exchanged: the source keeps its children and gets the numbers of this unit.
+    ///
+    /// Edge:   a source that stands below this unit goes with the former children; its numbers and children are here
+    ///         then. An assignment to itself changes nothing.
     Units& operator=(Units&& other); // NOLINT(performance-noexcept-move-constructor): clones
 
     const QString& PropertyObjType() const override;
@@ -156,6 +160,8 @@ protected:
 private:
     friend class UnitType;
 
+    Units(const Units& other, std::unique_ptr<Impl> numbers);
+    std::unique_ptr<Impl> TakeOver(const Units& other, std::unique_ptr<Impl> numbers);
     bool RestoreNumbers();
     void KeepNumbers();
 

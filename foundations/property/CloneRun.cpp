@@ -5,6 +5,8 @@
 #include "foundations/property/TreeWalk_p.h"
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <cstdint>
 #include <typeinfo>
 #include <utility>
@@ -37,7 +39,31 @@ constexpr int s_plainLevels = 2;
 
 constexpr std::uint16_t s_runTimeCode = 32;
 
-/// Whether nothing but this library's own code runs when the node is cloned. A value of a run-time type is copied by
+struct TrustedClass
+{
+    const std::type_info* type;
+    ClonesAlone clonesAlone;
+};
+
+// Written while libraries are loaded, which the loader does one at a time; any thread may be cloning meanwhile.
+std::array<TrustedClass, 4> s_trustedClasses;
+std::atomic<std::size_t> s_trustedCount{0};
+
+bool isTrusted(const PropertyObject& folder)
+{
+    const std::type_info& type = typeid(folder);
+    if (type == typeid(PropertyObject))
+        return true;
+    const std::size_t count = s_trustedCount.load(std::memory_order_acquire);
+    for (std::size_t i = 0; i < count; ++i) {
+        // by address: the one that a class and its objects have in the library of both
+        if (s_trustedClasses[i].type == &type)
+            return s_trustedClasses[i].clonesAlone(folder);
+    }
+    return false;
+}
+
+/// Whether nothing but this system's own code runs when the node is cloned. A value of a run-time type is copied by
 /// the host's code.
 bool isPlain(const AbstractProperty* node, int levels)
 {
@@ -46,9 +72,10 @@ bool isPlain(const AbstractProperty* node, int levels)
     if (typeid(*node) == typeid(SimpleProperty))
         return static_cast<const SimpleProperty*>(node)->GetValueRef().getWellKnownType().code() !=
                s_runTimeCode;
-    if (levels == 0 || typeid(*node) != typeid(PropertyObject))
+    const PropertyObject* const folder = levels > 0 ? NodeAccess::asFolder(*node) : nullptr;
+    if (!folder || !isTrusted(*folder))
         return false;
-    const auto& children = NodeAccess::children(static_cast<const PropertyObject&>(*node));
+    const auto& children = NodeAccess::children(*folder);
     return std::all_of(children.begin(), children.end(),
                        [levels](const AbstractProperty* child) { return isPlain(child, levels - 1); });
 }
@@ -61,6 +88,16 @@ bool hasOnlyPlainChildren(const PropertyObject& folder)
 }
 
 } // namespace
+
+bool trustClonesOf(const std::type_info& type, ClonesAlone clonesAlone)
+{
+    const std::size_t count = s_trustedCount.load(std::memory_order_relaxed);
+    if (count == s_trustedClasses.size())
+        return false;
+    s_trustedClasses[count] = {&type, clonesAlone};
+    s_trustedCount.store(count + 1, std::memory_order_release);
+    return true;
+}
 
 CloneRun::CloneRun(const PropertyObject& source, const PropertyObject& target)
     : m_source(&source)

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "foundations/property/PropertyHandle.h"
+#include "orrerycore_export.h"
 
 #include <QString>
 
 #include <cstddef>
 #include <memory>
+#include <typeinfo>
 #include <vector>
 
 namespace Orrery {
@@ -15,10 +17,22 @@ class PropertyObject;
 
 namespace Internal {
 
+/// Whether no code of a host takes part when a certain folder is cloned. Its children don't count.
+using ClonesAlone = bool (*)(const PropertyObject& folder);
+
+/// Let `clonesAlone` tell of folders of the class `type`, and not of those derived from it, what CloneRun can't know.
+///
+/// For classes of this system above this library, once each, when their library is loaded. Returns whether there was
+/// room.
+ORRERYCORE_EXPORT bool trustClonesOf(const std::type_info& type, ClonesAlone clonesAlone);
+
 /// Clones the children of a folder, calling the DoClone of each, which may change the folder at will.
 ///
 /// Clones nest as deep as the tree. What one level needs is therefore kept in this object, on the heap, and only
 /// the loop itself stands on the stack.
+///
+/// Threads: children that only this system's code clones are merely read, so that several threads may clone one folder
+///          of such children at once. Notes are made at children of any other kind.
 class CloneRun
 {
 public:

@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <thread>
 
 namespace Orrery {
@@ -117,6 +118,40 @@ TEST_F(ConversionThreads, MayLookUnitsUpAtOnce)
         }
     });
     EXPECT_EQ(found, 250);
+}
+
+TEST_F(ConversionThreads, MayCopyTheSameUnit)
+{
+    const Units inch = catalogueUnit("in"); // with its numbers in a child Function
+    runTwice([&] {
+        for (int i = 0; i < 500; ++i) {
+            const Units copy(inch);
+            Units assigned = m_source;
+            assigned = inch;
+            const std::unique_ptr<AbstractProperty> clone(inch.Clone());
+            const auto* const cloned = dynamic_cast<const Units*>(clone.get());
+            if (copy != inch || assigned != inch || !cloned || *cloned != inch ||
+                copy.GetPropertyCount() != inch.GetPropertyCount())
+                ++m_failures;
+        }
+    });
+    EXPECT_EQ(m_failures, 0);
+}
+
+TEST_F(ConversionThreads, MayListUnitsAtOnce)
+{
+    const SystemOfUnits& catalogue = SystemOfUnits::instance();
+    const Units inch = catalogueUnit("in");
+    runTwice([&] {
+        for (int i = 0; i < 30; ++i) {
+            if (catalogue.GetUnits(UnitType::length).size() != 8 || catalogue.GetAllUnits().size() != 117)
+                ++m_failures;
+            const QList<Units> compatible = catalogue.GetCompatibleUnits(inch);
+            if (compatible.size() != 8 || compatible.front() != inch)
+                ++m_failures;
+        }
+    });
+    EXPECT_EQ(m_failures, 0);
 }
 
 TEST(CatalogueThreads, GetOneCatalogueFromTheirFirstCalls)
