@@ -67,6 +67,8 @@ public:
         if (!parameter)
             return joined();
         m_parameter = PropertyHandle(parameter);
+        if (!isWhole())
+            return joined(); // to find the parameter may run code of the host
         for (const PropertyHandle& child : members()) {
             if (!isWhole())
                 return joined();
@@ -177,6 +179,8 @@ private:
         auto made = std::make_unique<ConcatVar>(independent.GetName());
         const PropertyHandle concatenation(made.get());
         copyUnits(independent, *made);
+        if (!isWhole())
+            return;
         insertOrKeep(independents(), std::move(made));
         if (isWhole() && concatenation.Get())
             joined()->AddIndepVariableRef(static_cast<const Variable*>(concatenation.Get()));
@@ -198,9 +202,12 @@ private:
             return;
         auto& variable = static_cast<SweptVariable&>(*swept.Get());
         variable.SetParameter(&parameter());
-        variable.SetConcatVar(joined());
-        copyUnits(parameter(), variable);
-        joined()->AddIndepVariableRef(&variable);
+        if (swept.Get() && isWhole())
+            variable.SetConcatVar(joined());
+        if (swept.Get() && isWhole())
+            copyUnits(parameter(), variable);
+        if (swept.Get() && isWhole())
+            joined()->AddIndepVariableRef(&variable);
     }
 
     PropertyHandle m_sweep;
@@ -301,9 +308,10 @@ Variable* ParameterizedResultData::FindOrCreateResultVar(const QString& name)
 
 Variable* ParameterizedResultData::FindResultVar(const QString& name)
 {
+    const PropertyHandle self(this);
     QStringList names;
     GetVariableNameList(&names);
-    return names.contains(name) ? FindOrCreateResultVar(name) : nullptr;
+    return self.Get() && names.contains(name) ? FindOrCreateResultVar(name) : nullptr;
 }
 
 const Variable* ParameterizedResultData::FindResultVar(const QString& name) const
@@ -318,8 +326,8 @@ void ParameterizedResultData::GetVariableNameList(QStringList* list) const
         return;
     QList<AbstractProperty*> children;
     GetPropertyList(&children);
-    for (AbstractProperty* child : qAsConst(children)) {
-        const ResultData* member = dataOf(*child);
+    for (const PropertyHandle& child : snapshotOf(children)) {
+        const ResultData* member = child.Get() ? dataOf(*child.Get()) : nullptr;
         if (member && !ReadInProgress::covers(*member)) {
             member->GetVariableNameList(list);
             return;
@@ -334,11 +342,15 @@ void ParameterizedResultData::GetVariableList(QList<AbstractProperty*>* list)
     const PropertyHandle self(this);
     QStringList names;
     GetVariableNameList(&names);
+    // To build one may delete another: a variable called "X_Indeps" stands in the way of the independents of "X".
+    std::vector<PropertyHandle> built;
     for (const QString& name : qAsConst(names)) {
-        if (!self.Get())
-            return;
-        if (Variable* variable = FindOrCreateResultVar(name))
-            list->append(variable);
+        if (self.Get())
+            built.emplace_back(FindOrCreateResultVar(name));
+    }
+    for (const PropertyHandle& variable : built) {
+        if (variable.Get())
+            list->append(variable.Get());
     }
 }
 

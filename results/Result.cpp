@@ -1,5 +1,6 @@
 #include "results/Result.h"
 
+#include "foundations/property/PropertyHandle.h"
 #include "results/ResultData.h"
 
 #include <memory>
@@ -143,8 +144,14 @@ ERESULT Result::SetDefaultDisplayTemplate(Metadata* metadata)
 {
     if (!metadata)
         return ER_INVALID_ARGUMENT;
-    metadata->SetName(s_displayTemplate);
-    return InsertOrReplaceProperty(metadata);
+    // Both steps tell the host's class, which may destroy either.
+    const PropertyHandle self(this);
+    const PropertyHandle handle(metadata);
+    if (metadata->GetParent() == this && metadata->GetName() != s_displayTemplate)
+        DeleteProperty(s_displayTemplate); // else its own child couldn't take the name
+    if (handle.Get())
+        metadata->SetName(s_displayTemplate);
+    return self.Get() && handle.Get() ? InsertOrReplaceProperty(metadata) : ER_FAILED;
 }
 
 } // namespace Orrery

@@ -26,7 +26,11 @@ ERESULT findUnits(const Units** out, const PropertyObject& folder, const QString
 /// Puts a copy of the units into the folder under that name.
 ERESULT storeUnits(PropertyObject& folder, const QString& name, const Units& units)
 {
-    std::unique_ptr<AbstractProperty> copy(units.Clone());
+    const PropertyHandle self(&folder);
+    std::unique_ptr<AbstractProperty> copy(
+        units.Clone()); // by the host's code, for a kind of units of its own
+    if (!copy || self.IsExpired())
+        return ER_FAILED;
     copy->SetName(name);
     const ERESULT inserted = folder.InsertOrReplaceProperty(copy.get());
     if (inserted >= 0)
