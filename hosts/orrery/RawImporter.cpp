@@ -6,9 +6,11 @@
 #include "hosts/orrery/PlainText.h"
 #include "hosts/orrery/RawUnits.h"
 #include "hosts/orrery/TreeAccess.h"
+#include "hosts/orrery/VectorNames.h"
+#include "results/ParameterizedResultData.h"
 #include "variables/ExplicitDataVar.h"
 
-#include <QSet>
+#include <QStringList>
 
 #include <cstdint>
 #include <memory>
@@ -100,29 +102,29 @@ void setTexts(PropertyObject* folder, const QString& name, const QStringList& te
         throw Failure("'" + name.toStdString() + "' can't be put into the tree");
 }
 
-void setTexts(PropertyObject* folder, const RawPlot& plot)
+// What has made the file, as far as it says so: simulators name themselves in a command line, or none.
+QString applicationOf(const RawPlot& plot)
 {
+    const QString simulator = QStringLiteral("SPICE");
+    if (plot.commands.isEmpty())
+        return simulator;
+    const QString command = plot.commands.front();
+    return command.startsWith(QLatin1String("version")) ? simulator + QLatin1Char(' ') + command : command;
+}
+
+// Hidden, since a listing is for results; whoever looks for the header finds it by its path.
+void addHeader(PropertyObject* setup, const QString& name, const RawPlot& plot)
+{
+    auto owned = std::make_unique<PropertyObject>(name);
+    PropertyObject* const folder = owned.get();
+    folder->SetPropertyFlags(folder->GetPropertyFlags() | PropertyFlagHidden);
+    insertNode(setup, std::move(owned));
     setText(folder, QStringLiteral("Title"), plot.title);
     setText(folder, QStringLiteral("Date"), plot.date);
     setText(folder, QStringLiteral("Plotname"), plot.name);
     setText(folder, QStringLiteral("Flags"), plot.flags);
     setTexts(folder, QStringLiteral("Command"), plot.commands);
     setTexts(folder, QStringLiteral("Option"), plot.options);
-}
-
-// The next number of each name is remembered, so that many vectors of one name take no time squared.
-QString uniqueName(const PropertyObject& folder, const QString& name, QHash<QString, int>* numbers)
-{
-    if (!folder.HasProperty(name))
-        return name;
-    int& number = (*numbers)[name];
-    number = qMax(number, 1);
-    QString unique;
-    do {
-        ++number;
-        unique = name + QLatin1Char('_') + QString::number(number);
-    } while (folder.HasProperty(unique));
-    return unique;
 }
 
 // One of the vectors in the tree, with the shape that its data had.
@@ -152,7 +154,28 @@ void setAxis(const Placed& vector, const Placed& axis)
                       " can't be put into the tree");
 }
 
+void placeSweep(Result* result, const QString& name, const Variable* parameter,
+                const std::vector<ResultData*>& plots)
+{
+    auto owned = std::make_unique<ParameterizedResultData>(name);
+    ParameterizedResultData* const sweep = owned.get();
+    insertNode(result, std::move(owned));
+    bool isDone = sweep->SetParameterRef(parameter) >= 0;
+    for (const ResultData* const plot : plots)
+        isDone = isDone && sweep->AddResultDataRef(plot) >= 0;
+    if (!isDone)
+        throw Failure(inQuotes(name.toStdString()) + " can't be put into the tree");
+}
+
 } // namespace
+
+PropertyObject* RawImporter::setupFolder()
+{
+    PropertyObject* const setup = m_result->GetOrCreateSetupInfoFolder();
+    if (!setup)
+        throw Failure("the setup folder can't be put into the tree");
+    return setup;
+}
 
 QString RawImporter::folderName(const QString& kind)
 {
@@ -161,26 +184,65 @@ QString RawImporter::folderName(const QString& kind)
     do {
         ++number;
         name = kind + QString::number(number);
-    } while (m_root->HasProperty(name));
+    } while (m_result->HasProperty(name));
     return name;
 }
 
-PropertyObject* RawImporter::add(RawPlot plot)
+ResultData* RawImporter::add(RawPlot plot)
 {
     const PlotKind kind = kindOf(plot.name);
-    auto owned = std::make_unique<PropertyObject>(folderName(kind.name));
-    PropertyObject* const folder = owned.get();
-    insertNode(m_root, std::move(owned));
-    setTexts(folder, plot);
-    QHash<QString, int> numbers;
+    if (m_plots.isEmpty())
+        setText(m_result, Result::ApplicationID(), applicationOf(plot));
+    auto owned = std::make_unique<ResultData>(folderName(kind.name));
+    ResultData* const folder = owned.get();
+    insertNode(m_result, std::move(owned));
+    m_plots[kind.name].push_back(folder);
+    addHeader(setupFolder(), folder->GetName(), plot);
+
+    QStringList given;
+    for (const RawVector& vector : plot.vectors)
+        given += vector.name;
+    const QStringList names = vectorNames(given);
     std::vector<Placed> vectors;
-    for (RawVector& vector : plot.vectors) {
-        const QString name = uniqueName(*folder, vector.name, &numbers);
-        vectors.push_back(place(folder, name, std::exchange(vector, RawVector())));
+    for (int i = 0; i < names.size(); ++i) {
+        if (names[i] != given[i])
+            m_renamed.insert(given[i], names[i]);
+        vectors.push_back(
+            place(folder, names[i], std::exchange(plot.vectors[static_cast<std::size_t>(i)], RawVector())));
     }
     for (std::size_t i = 1; kind.hasAxis && i < vectors.size(); ++i)
         setAxis(vectors[i], vectors.front());
     return folder;
+}
+
+// "5 dc, 1 op"
+QString RawImporter::plotCounts() const
+{
+    QStringList counts;
+    for (auto plots = m_plots.begin(); plots != m_plots.end(); ++plots)
+        counts += QString::number(plots.value().size()) + QLatin1Char(' ') + plots.key();
+    return counts.join(QStringLiteral(", "));
+}
+
+void RawImporter::addSweep(const SweepValues& sweep)
+{
+    QStringList kinds;
+    for (auto plots = m_plots.begin(); plots != m_plots.end(); ++plots) {
+        if (plots.value().size() == sweep.values.size())
+            kinds += plots.key();
+    }
+    if (kinds.isEmpty())
+        throw Failure("--sweep: " + inQuotes(sweep.name.toStdString()) + " has " +
+                      std::to_string(sweep.values.size()) +
+                      " values, but the file has these plots: " + printable(plotCounts().toStdString()));
+    auto parameter = std::make_unique<ExplicitDataVar>(sweep.name);
+    parameter->UpdateData(BVariant(sweep.values));
+    if (sweep.units && parameter->SetUnits(*sweep.units) < 0)
+        throw Failure("the units of " + inQuotes(sweep.name.toStdString()) + " can't be put into the tree");
+    const Variable* const placed = parameter.get();
+    insertNode(setupFolder(), std::move(parameter));
+    for (const QString& kind : kinds)
+        placeSweep(m_result, kind + QStringLiteral("-sweep"), placed, m_plots[kind]);
 }
 
 } // namespace Orrery::Host

@@ -6,6 +6,7 @@
 #include "hosts/orrery/PlainText.h"
 #include "hosts/orrery/TreeAccess.h"
 #include "hosts/orrery/UnitText.h"
+#include "results/Result.h"
 
 #include <QList>
 
@@ -122,6 +123,7 @@ private:
     void compareUnits(const AbstractProperty& a, const AbstractProperty& b);
     void compareValues(const SimpleProperty& a, const SimpleProperty& b);
     void compareReferences(const PropertyReference& a, const PropertyReference& b);
+    std::string nameText(const AbstractProperty& second) const;
     void tellRest(Nodes onlyFirst, Nodes onlySecond);
     AbstractProperty* takeSame(AbstractProperty& node, Nodes* candidates);
     bool areSame(AbstractProperty& a, AbstractProperty& b);
@@ -225,12 +227,28 @@ void Comparison::compareFolders(PropertyObject& a, PropertyObject& b)
         tellRest(std::move(pairing.onlyFirst), std::move(pairing.onlySecond));
 }
 
+std::string Comparison::nameText(const AbstractProperty& second) const
+{
+    return "is named " + inQuotes(second.GetName().toStdString()) + " in " + m_second.name;
+}
+
+bool isResult(const AbstractProperty& node)
+{
+    return dynamic_cast<const Result*>(&node) != nullptr;
+}
+
 void Comparison::tellRest(Nodes onlyFirst, Nodes onlySecond)
 {
+    // Results are named after the files that they are from; that isn't what whoever compares two wants to know.
+    if (onlyFirst.size() == 1 && onlySecond.size() == 1 && isResult(*onlyFirst.front()) &&
+        isResult(*onlySecond.front())) {
+        tell(*onlyFirst.front(), nameText(*onlySecond.front()));
+        return compare(*onlyFirst.front(), *onlySecond.front());
+    }
     m_trials = 0;
     for (AbstractProperty* const node : onlyFirst) {
         if (const AbstractProperty* const same = takeSame(*node, &onlySecond))
-            tell(*node, "is named " + inQuotes(same->GetName().toStdString()) + " in " + m_second.name);
+            tell(*node, nameText(*same));
         else
             tell(*node, "only in " + m_first.name);
     }

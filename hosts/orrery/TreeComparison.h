@@ -22,7 +22,8 @@ using DifferenceSink = std::function<void(const std::string& line)>;
 ///
 /// Nodes are paired by name. Compared are kinds, type names, flags, values with their element types and shapes, and
 /// the paths and files of references. What stands in one tree only is told once, at its top; two such nodes of one
-/// folder that are the same below their names are told as one that is named differently.
+/// folder that are the same below their names are told as one that is named differently, and so are the only two
+/// Results of a folder, which are compared then.
 /// Errors: Failure with the tree's name for values that can't be read; differences before it have been told.
 /// Edge:   computed variables are compared by what they consist of, and nothing is computed. Units are compared as
 ///         they are kept: "in" and "m" that convert alike are different.

@@ -1,11 +1,15 @@
 #include "foundations/storage/DataFileFactory.h"
+#include "hosts/orrery/Diagnostics.h"
 #include "hosts/orrery/Failure.h"
 #include "hosts/orrery/PlainText.h"
 #include "hosts/orrery/ProgressLine.h"
 #include "hosts/orrery/RawFile.h"
 #include "hosts/orrery/RawImporter.h"
+#include "hosts/orrery/SweepValues.h"
 #include "hosts/orrery/TreeAccess.h"
+#include "hosts/orrery/UnitText.h"
 #include "hosts/orrery/commands/Commands.h"
+#include "results/Result.h"
 
 #include <sys/stat.h>
 
@@ -13,6 +17,7 @@
 #include <cstring>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -24,22 +29,33 @@ struct ImportOptions
 {
     std::string input;
     std::string output;
+    std::string sweep;
+    std::string sweepUnits;
     bool force = false;
+    bool hasSweep = false;
+    bool hasSweepUnits = false;
 };
 
-const char s_help[] = R"(Each plot of the raw file becomes a folder of OUT, named by the kind of its run
-and a number: dc1, dc2, ac1, tran1. Each vector becomes a variable in it, under
-its own name. Title, date, plot name and flags become texts of the folder.
+const char s_help[] = R"(OUT gets one result, named like FILE without its ending. Each plot of the raw
+file becomes a folder in it, named by the kind of its run and a number: dc1,
+dc2, ac1, tran1. Each vector becomes a variable in that, under its own name.
+Title, date, plot name and flags become texts in the result's setup folder.
 
 A vector gets the units of its type (V for voltage, Hz for frequency), and the
 first vector of a plot becomes the axis of those that are as long.
+
+--sweep NAME=v1,v2,... tells the parameter that had another value in each plot,
+and --sweep-units its units; NAME=@TEXTFILE reads the values from a file. The
+result gets a sweep, dc-sweep for dc plots, that 'orrery join' and 'orrery plot'
+take.
 
 OUT is written whole or not at all. If it exists and is an HDF5 file, it is
 replaced; any other file is replaced with --force only.
 
 Read are text and binary raw files, real and complex, with any number of plots.
 
-Example: orrery import diode.raw -o diode.h5)";
+Example: orrery import diode.raw -o diode.h5
+             --sweep temperature=-40,0,27,85,125 --sweep-units degC)";
 
 bool startsLikeDataFile(const std::string& path)
 {
@@ -90,26 +106,67 @@ void checkOutput(const ImportOptions& options)
         throw Failure(name + ": exists and is not an HDF5 file; --force replaces it");
 }
 
+// "runs/diode.raw" is the result "diode".
+QString resultName(const std::string& path)
+{
+    const std::string file = path.substr(path.rfind('/') + 1);
+    const std::size_t dot = file.rfind('.');
+    const std::string name = dot == std::string::npos || dot == 0 ? file : file.substr(0, dot);
+    return QString::fromStdString(name);
+}
+
+std::optional<SweepValues> wantedSweep(const ImportOptions& options)
+{
+    if (!options.hasSweep && options.hasSweepUnits)
+        throw Failure("--sweep-units: there is no --sweep to have them", ExitUsage);
+    if (!options.hasSweep)
+        return std::nullopt;
+    SweepValues sweep = parseSweep(options.sweep);
+    if (options.hasSweepUnits)
+        sweep.units = parseUnits(options.sweepUnits);
+    return sweep;
+}
+
+void tellRenamed(const QMap<QString, QString>& renamed)
+{
+    for (auto vector = renamed.begin(); vector != renamed.end(); ++vector)
+        warn("the vector " + inQuotes(vector.key().toStdString()) + " is called " +
+             inQuotes(vector.value().toStdString()) + ", since its name is taken");
+}
+
+std::shared_ptr<DataFile> newDataFile(const std::string& path)
+{
+    std::shared_ptr<DataFile> file;
+    QString why;
+    if (DataFileFactory::Instance().Open(QString::fromStdString(path), DataFile::Create, &file, &why) < 0)
+        throw Failure(fileLine(path, why));
+    return file;
+}
+
 void importFile(const ImportOptions& options)
 {
     if (options.output.empty())
         throw Failure("--output: expected the name of a file", ExitUsage);
+    const std::optional<SweepValues> sweep = wantedSweep(options);
     checkOutput(options);
     ProgressLine progress(options.input);
     RawFile raw(options.input, [&](std::uint64_t done, std::uint64_t size) { progress.update(done, size); });
 
-    std::shared_ptr<DataFile> file;
-    QString why;
-    if (DataFileFactory::Instance().Open(QString::fromStdString(options.output), DataFile::Create, &file,
-                                         &why) < 0)
-        throw Failure(fileLine(options.output, why));
-    RawImporter importer(file->GetRoot());
+    const std::shared_ptr<DataFile> file = newDataFile(options.output);
+    auto owned = std::make_unique<Result>(resultName(options.input), QString());
+    Result* const result = owned.get();
+    insertNode(file->GetRoot(), std::move(owned));
+    RawImporter importer(result);
     RawPlot plot;
     while (raw.next(&plot))
         importer.add(std::move(plot));
+    if (sweep)
+        importer.addSweep(*sweep);
     progress.stage("saving");
+    QString why;
     if (file->Save(&why) < 0)
         throw Failure(fileLine(options.output, why));
+    tellRenamed(importer.renamed());
 }
 
 } // namespace
@@ -122,8 +179,16 @@ void addImportCommand(CLI::App& program, Action* action)
     command->add_option("FILE", options->input, "SPICE raw file")->required()->type_name("");
     command->add_option("-o,--output", options->output, "Data file to write")->required()->type_name("OUT");
     command->add_flag("-f,--force", options->force, "Replace OUT even if it is not an HDF5 file");
+    CLI::Option* const sweep =
+        command->add_option("--sweep", options->sweep, "The parameter of a sweep")->type_name("NAME=VALUES");
+    CLI::Option* const units =
+        command->add_option("--sweep-units", options->sweepUnits, "Units of its values")->type_name("UNIT");
     command->footer(s_help);
-    command->callback([options, action] { *action = [options](Output&) { importFile(*options); }; });
+    command->callback([options, action, sweep, units] {
+        options->hasSweep = sweep->count() > 0;
+        options->hasSweepUnits = units->count() > 0;
+        *action = [options](Output&) { importFile(*options); };
+    });
 }
 
 } // namespace Orrery::Host

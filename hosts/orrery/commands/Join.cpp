@@ -24,14 +24,14 @@ struct JoinOptions
     bool isCsv = false;
 };
 
-const char s_help[] = R"(PATH is a sweep, such as diode/sweep, and NAME a variable that its members have.
+const char s_help[] = R"(PATH is a sweep, such as diode/dc-sweep, and NAME a variable that its members have.
 The variables of that name of all members are joined end to end and printed
 beside the axes of the members and, last of the axes, the sweep's parameter,
 whose value is repeated along each member. No file is changed.
 
 --range A:B is A up to but not including B; A: goes to the end, :B begins at 0.
 
-Example: orrery join diode.h5 diode/sweep 'i(vd)' --range 200:203)";
+Example: orrery join diode.h5 diode/dc-sweep 'i(vd)' --range 200:203)";
 
 ParameterizedResultData& asSweep(AbstractProperty& node)
 {

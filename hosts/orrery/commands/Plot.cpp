@@ -46,7 +46,7 @@ there are any. Of complex values the magnitude is drawn.
 The ending of OUT, .svg or .png, says what to write. On a logarithmic axis,
 values that are not above 0 are left out.
 
-Examples: orrery plot diode.h5 diode/sweep/'i(vd)' -o diode.svg
+Examples: orrery plot diode.h5 'diode/dc-sweep/i(vd)' -o diode.svg
           orrery plot rc.h5 'rc/ac1/v(out)' -o rc.png --log-x --log-y)";
 
 /// A line to draw and what to call it.

@@ -20,8 +20,9 @@ class DiffTest(command_test.CommandTest):
 
     def differences(self, content, *options, other="b"):
         """The lines of a comparison with a file that holds this, in both directions."""
-        self.write(f"{other}.raw", content)
-        self.good("import", f"{other}.raw", "-o", f"{other}.h5")
+        os.makedirs(self.path("other"), exist_ok=True)
+        self.write("other/a.raw", content)  # of the same name, so that the results have it too
+        self.good("import", "other/a.raw", "-o", f"{other}.h5")
         return tuple(self.different(*files, *options) for files in (("a.h5", f"{other}.h5"), (f"{other}.h5", "a.h5")))
 
     def different(self, *arguments, **options):
@@ -69,6 +70,14 @@ class DiffTest(command_test.CommandTest):
     def test_another_shape(self):
         there, _ = self.differences(raw(2, [1, 2, 3, math.nan]))
         self.assertEqual([line.split("/")[-1] for line in there], ["Data: shape 3 and 2"] * 2)
+
+    def test_results_of_other_names_are_compared(self):
+        self.write("b.raw", raw(3, [1, 2, 3, math.nan, 5.5, 6]))
+        self.good("import", "b.raw", "-o", "b.h5")
+        lines = self.different("a.h5", "b.h5")
+        self.assertEqual(lines[0], "/a: is named 'b' in b.h5")
+        self.assertTrue(lines[1].startswith("/a/dc1/x/Data: 1 of 3 values differs: "), lines)
+        self.assertEqual(len(lines), 2)
 
     def test_trouble_is_2(self):
         self.write("text", b"hello\n")

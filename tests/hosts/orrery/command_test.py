@@ -158,16 +158,16 @@ class ImportTest(CommandTest):
         self.assertEqual(self.good("import", SAMPLE, "-o", "d.h5"), "")
         self.assertEqual(os.listdir(self.folder), ["d.h5"])
         listing = self.good("ls", "d.h5")
-        folders = [line.split()[0] for line in listing.splitlines() if not line.startswith(" ")]
-        self.assertEqual(folders, ["dc1/", "dc2/", "dc3/", "dc4/", "dc5/"])
-        temperatures = [self.good("show", "d.h5", f"dc{i}/temperature").strip() for i in range(1, 6)]
+        folders = [line.split()[0] for line in listing.splitlines() if not line.startswith("    ")]
+        self.assertEqual(folders, ["diode/", "Setup/", "dc1/", "dc2/", "dc3/", "dc4/", "dc5/"])
+        temperatures = [self.good("show", "d.h5", f"diode/dc{i}/temperature").strip() for i in range(1, 6)]
         self.assertEqual(temperatures, ["-40", "0", "27", "85", "125"])
 
     def test_an_existing_data_file_is_replaced(self):
         self.import_sample()
         self.good("import", os.path.join(DATA, "rc-ac-text.raw"), "-o", "d.h5")
-        self.assertIn("ac1/", self.good("ls", "d.h5"))
-        self.assertNotIn("dc1/", self.good("ls", "d.h5"))
+        self.assertIn("  ac1/", self.good("ls", "d.h5"))
+        self.assertNotIn("  dc1/", self.good("ls", "d.h5"))
 
     def test_any_other_existing_file_is_replaced_by_force_only(self):
         self.write("thesis.doc", b"years of work")
@@ -176,7 +176,7 @@ class ImportTest(CommandTest):
         with open(self.path("thesis.doc"), "rb") as file:
             self.assertEqual(file.read(), b"years of work")
         self.good("import", SAMPLE, "-o", "thesis.doc", "--force")
-        self.assertIn("dc1/", self.good("ls", "thesis.doc"))
+        self.assertIn("  dc1/", self.good("ls", "thesis.doc"))
 
     def test_an_empty_file_is_replaced(self):
         self.write("new.h5", b"")
@@ -279,7 +279,7 @@ class ImportTest(CommandTest):
             self.good("import", "größe µ.raw", "-o", "ergebnis ü.h5", environment=environment)
             self.assertIn("ergebnis ü.h5", os.listdir(self.folder))
             self.assertIn("v(ü%2Fö)", self.good("ls", "ergebnis ü.h5", environment=environment))
-            self.assertEqual(self.good("show", "ergebnis ü.h5", "dc1/v(ü%2Fö)", environment=environment), "1\n")
+            self.assertEqual(self.good("show", "ergebnis ü.h5", "größe µ/dc1/v(ü%2Fö)", environment=environment), "1\n")
             os.remove(self.path("ergebnis ü.h5"))
 
     def test_progress_is_shown_to_a_person_and_to_nobody_else(self):
@@ -311,28 +311,28 @@ class ImportTest(CommandTest):
 class LsTest(CommandTest):
     def test_folders_and_variables(self):
         self.import_sample()
-        self.assertEqual(self.good("ls", "d.h5", "dc3"),
+        self.assertEqual(self.good("ls", "d.h5", "diode/dc3"),
                          "i(vd)        ExplVar  201  double  [A]   over v(v-sweep)\n"
                          "temperature  ExplVar  1    double  [°C]                   27\n"
                          "v(anode)     ExplVar  201  double  [V]   over v(v-sweep)\n"
                          "v(v-sweep)   ExplVar  201  double  [V]\n")
-        self.assertEqual(self.good("ls", "d.h5", "/dc3/i(vd)"), "i(vd)  ExplVar  201  double  [A]  over v(v-sweep)\n")
-        self.assertTrue(self.good("ls", "d.h5").startswith("dc1/           PropertyObject\n  i(vd)  "))
+        self.assertEqual(self.good("ls", "d.h5", "/diode/dc3/i(vd)"), "i(vd)  ExplVar  201  double  [A]  over v(v-sweep)\n")
+        self.assertTrue(self.good("ls", "d.h5").startswith("diode/           Result\n  Setup/         PropertyObject\n  dc1/           ResultData\n    i(vd)  "))
 
     def test_everything_in_long_form(self):
         self.good("import", os.path.join(DATA, "shapes-unpadded-text.raw"), "-o", "d.h5")
-        text = self.good("ls", "-la", "d.h5", "dc1")
+        text = self.good("ls", "-la", "d.h5", "shapes-unpadded-text")
         self.assertEqual(text.splitlines()[0].split(),
                          ["NAME", "TYPE", "SHAPE", "ELEMENTS", "UNITS", "AXES", "COUNT", "ORDERING", "FLAGS", "VALUE"])
-        self.assertRegex(text, r"\nPlotname +SimpleProperty +1 +text +1 +--s +'DC transfer characteristic'\n")
-        self.assertRegex(text, r"\nv\(a\) +ExplVar +5 +double +\[V\] +over v\(v-sweep\) +5 +--s\n")
-        self.assertRegex(text, r"\nmatrix +ExplVar +2 x 3 +double +6 +row-major +--s\n")
-        self.assertRegex(text, r"\n  VariableStrategy +SimpleProperty +1 +text +1 +--s +'ExplicitDataStrategy'\n")
-        self.assertRegex(text, r"\nscalar +ExplVar +1 +double +1 +--s +7\n")
+        self.assertRegex(text, r"\n    Plotname +SimpleProperty +1 +text +1 +--s +'DC transfer characteristic'\n")
+        self.assertRegex(text, r"\n  v\(a\) +ExplVar +5 +double +\[V\] +over v\(v-sweep\) +5 +--s\n")
+        self.assertRegex(text, r"\n  matrix +ExplVar +2 x 3 +double +6 +row-major +--s\n")
+        self.assertRegex(text, r"\n    VariableStrategy +SimpleProperty +1 +text +1 +--s +'ExplicitDataStrategy'\n")
+        self.assertRegex(text, r"\n  scalar +ExplVar +1 +double +1 +--s +7\n")
 
     def test_what_is_not_there(self):
         self.import_sample()
-        self.assertEqual(self.fails(1, "ls", "d.h5", "dc9"), "d.h5: dc9: there is nothing of that name")
+        self.assertEqual(self.fails(1, "ls", "d.h5", "diode/dc9"), "d.h5: diode/dc9: there is nothing of that name")
         self.assertEqual(self.fails(1, "ls", "d.h5", "../x"), "d.h5: ../x: there is nothing of that name")
         self.assertEqual(self.fails(1, "ls", "none.h5"), "none.h5: No such file or directory")
 
@@ -437,75 +437,75 @@ class ShowTest(CommandTest):
         self.good("import", "t.raw", "-o", "t.h5")
 
     def test_values_and_offsets(self):
-        self.assertEqual(self.good("show", "t.h5", "dc1/x"), "0\n1\n2\n3\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--at", "2"), "2\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--range", "1:3"), "1\n2\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--range", "2:"), "2\n3\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--range=:1"), "0\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--range", ":"), "0\n1\n2\n3\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--range", "0:0"), "")
-        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--range", "4:"), "")
-        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--csv", "--range", "1:3"), "offset,x [V]\n1,1\n2,2\n")
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/x"), "0\n1\n2\n3\n")
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/x", "--at", "2"), "2\n")
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/x", "--range", "1:3"), "1\n2\n")
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/x", "--range", "2:"), "2\n3\n")
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/x", "--range=:1"), "0\n")
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/x", "--range", ":"), "0\n1\n2\n3\n")
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/x", "--range", "0:0"), "")
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/x", "--range", "4:"), "")
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/x", "--csv", "--range", "1:3"), "offset,x [V]\n1,1\n2,2\n")
 
     def test_an_axis_stands_beside_the_values(self):
-        self.assertEqual(self.good("show", "t.h5", "dc1/y"),
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/y"),
                          "x [V]  y [V]\n0      0.1\n1      -1e-300\n2      1e+22\n3      5e-324\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--at", "2"),
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/y", "--at", "2"),
                          "offset  x [V]  y [V]\n2       2      1e+22\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--range", "2:"),
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/y", "--range", "2:"),
                          "offset  x [V]  y [V]\n2       2      1e+22\n3       3      5e-324\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--range", "4:"), "offset  x [V]  y [V]\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--csv", "--range", "1:3"),
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/y", "--range", "4:"), "offset  x [V]  y [V]\n")
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/y", "--csv", "--range", "1:3"),
                          "offset,x [V],y [V]\n1,1,-1e-300\n2,2,1e+22\n")
 
     def test_units(self):
-        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--units", "mV"), "0\n1000\n2000\n3000\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--units", "kV", "--at", "2"),
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/x", "--units", "mV"), "0\n1000\n2000\n3000\n")
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/y", "--units", "kV", "--at", "2"),
                          "offset  x [V]  y [kV]\n2       2      1e+19\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--units", "dBV", "--range", "0:1", "--csv"),
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/y", "--units", "dBV", "--range", "0:1", "--csv"),
                          "offset,x [V],y [dBV]\n0,0,-20\n")
-        self.assertEqual(self.fails(1, "show", "t.h5", "dc1/y", "--units", "A"),
-                         "t.h5: dc1/y: can't convert V, electric potential (m^2*kg/(s^3*A)), to A, electric current (A)")
-        self.assertEqual(self.fails(1, "show", "t.h5", "dc1/Title", "--units", "A"),
-                         "t.h5: dc1/Title: has no units, and can't be converted to A")
-        result = self.run_orrery("show", "t.h5", "dc1/y", "--units", "m/s/s")
+        self.assertEqual(self.fails(1, "show", "t.h5", "t/dc1/y", "--units", "A"),
+                         "t.h5: t/dc1/y: can't convert V, electric potential (m^2*kg/(s^3*A)), to A, electric current (A)")
+        self.assertEqual(self.fails(1, "show", "t.h5", "t/Setup/dc1/Title", "--units", "A"),
+                         "t.h5: t/Setup/dc1/Title: has no units, and can't be converted to A")
+        result = self.run_orrery("show", "t.h5", "t/dc1/y", "--units", "m/s/s")
         self.assertEqual((result.returncode, result.stdout, result.stderr.decode()),
                          (1, b"", "orrery: there is no unit 'm/s/s': a second '/' at 3; write m/s^2 or m/(s*s)\n"
                                   "  m/s/s\n     ^\n"))
 
     def test_units_that_a_file_brings_back_without_their_dimensions(self):
         self.import_sample()
-        self.assertEqual(self.good("show", "d.h5", "dc3/temperature", "--units", "K"), "300.15\n")
-        self.assertTrue(self.good("show", "d.h5", "dc3/temperature", "--units", "degF", "--csv").startswith(
+        self.assertEqual(self.good("show", "d.h5", "diode/dc3/temperature", "--units", "K"), "300.15\n")
+        self.assertTrue(self.good("show", "d.h5", "diode/dc3/temperature", "--units", "degF", "--csv").startswith(
             "offset,temperature [°F]\n0,80."))
 
     def test_single_values(self):
-        self.assertEqual(self.good("show", "t.h5", "dc1/Title"), "test\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/y/Type"), "voltage\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/Title", "--at", "0"), "test\n")
+        self.assertEqual(self.good("show", "t.h5", "t/Setup/dc1/Title"), "test\n")
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/y/Type"), "voltage\n")
+        self.assertEqual(self.good("show", "t.h5", "t/Setup/dc1/Title", "--at", "0"), "test\n")
 
     def test_complex_values_and_matrices(self):
         self.good("import", os.path.join(DATA, "rc-ac-binary.raw"), "-o", "ac.h5")
-        self.assertEqual(self.good("show", "ac.h5", "ac1/v(in)", "--at", "0"),
+        self.assertEqual(self.good("show", "ac.h5", "rc-ac-binary/ac1/v(in)", "--at", "0"),
                          "offset  frequency [Hz]  v(in) [V]\n0       1000            1+0i\n")
-        self.assertEqual(self.good("show", "ac.h5", "ac1/v(in)", "--at", "0", "--csv"),
+        self.assertEqual(self.good("show", "ac.h5", "rc-ac-binary/ac1/v(in)", "--at", "0", "--csv"),
                          "offset,frequency [Hz],v(in).re [V],v(in).im [V]\n0,1000,1,0\n")
         self.good("import", os.path.join(DATA, "shapes-padded-binary.raw"), "-o", "m.h5")
-        self.assertEqual(self.good("show", "m.h5", "dc1/matrix"), "0\t1\t2\n3\t4\t5\n")
-        self.assertEqual(self.good("show", "m.h5", "dc1/matrix", "--at", "1"), "3\t4\t5\n")
-        self.assertEqual(self.good("show", "m.h5", "dc1/matrix", "--range", "1:2", "--csv"),
+        self.assertEqual(self.good("show", "m.h5", "shapes-padded-binary/dc1/matrix"), "0\t1\t2\n3\t4\t5\n")
+        self.assertEqual(self.good("show", "m.h5", "shapes-padded-binary/dc1/matrix", "--at", "1"), "3\t4\t5\n")
+        self.assertEqual(self.good("show", "m.h5", "shapes-padded-binary/dc1/matrix", "--range", "1:2", "--csv"),
                          "offset,matrix[0],matrix[1],matrix[2]\n1,3,4,5\n")
-        self.assertEqual(self.good("show", "m.h5", "dc1/broken", "--range", ":2"),
+        self.assertEqual(self.good("show", "m.h5", "shapes-padded-binary/dc1/broken", "--range", ":2"),
                          "offset  v(v-sweep) [V]  broken\n0       0               -nan\n1       0.25            -inf\n")
 
     def test_offsets_that_are_not_there(self):
-        self.assertEqual(self.fails(1, "show", "t.h5", "dc1/y", "--at", "4"),
-                         "t.h5: dc1/y: there is no offset 4; there are 4, from 0 to 3")
-        self.assertEqual(self.fails(1, "show", "t.h5", "dc1/y", "--range", "2:6"),
-                         "t.h5: dc1/y: there is no offset 5; there are 4, from 0 to 3")
+        self.assertEqual(self.fails(1, "show", "t.h5", "t/dc1/y", "--at", "4"),
+                         "t.h5: t/dc1/y: there is no offset 4; there are 4, from 0 to 3")
+        self.assertEqual(self.fails(1, "show", "t.h5", "t/dc1/y", "--range", "2:6"),
+                         "t.h5: t/dc1/y: there is no offset 5; there are 4, from 0 to 3")
 
     def test_folders_have_no_values(self):
-        for path in ("dc1", "/"):
+        for path in ("t/dc1", "/"):
             self.assertEqual(self.fails(1, "show", "t.h5", path), f"t.h5: {path}: is a folder; 'orrery ls' lists it")
 
     def test_a_name_that_begins_with_a_hyphen(self):
@@ -518,15 +518,15 @@ class ShowTest(CommandTest):
         content[at] ^= 1
         self.write("damaged.h5", content)
         for options in ([], ["--at", "0"], ["--range", "1:3"], ["--csv"]):
-            line = self.fails(1, "show", "damaged.h5", "dc1/y", *options)
+            line = self.fails(1, "show", "damaged.h5", "t/dc1/y", *options)
             self.assertTrue(line.startswith("damaged.h5: "), line)
-            self.assertIn("dc1/y", line)
+            self.assertIn("t/dc1/y", line)
 
     def test_no_locale_has_a_say(self):
         outputs = {tuple(self.good(*command, environment=environment) for command in
-                         (["show", "t.h5", "dc1/y"], ["show", "t.h5", "dc1/y", "--units", "µV"],
-                          ["show", "t.h5", "dc1/y", "--function", "moving-average:2"],
-                          ["show", "t.h5", "dc1/y", "--function", "decibel"], ["show", "t.h5", "dc1/y", "--csv"], ["ls", "-la", "t.h5"]))
+                         (["show", "t.h5", "t/dc1/y"], ["show", "t.h5", "t/dc1/y", "--units", "µV"],
+                          ["show", "t.h5", "t/dc1/y", "--function", "moving-average:2"],
+                          ["show", "t.h5", "t/dc1/y", "--function", "decibel"], ["show", "t.h5", "t/dc1/y", "--csv"], ["ls", "-la", "t.h5"]))
                    for environment in LOCALES}
         self.assertEqual(len(outputs), 1)
 
@@ -534,12 +534,12 @@ class ShowTest(CommandTest):
         values = [0.1 * i for i in range(1_000_000)]
         self.write("many.raw", raw(len(values), values, names=("x",)))
         self.good("import", "many.raw", "-o", "many.h5")
-        self.assertEqual([float(line) for line in self.good("show", "many.h5", "dc1/x").splitlines()], values)
+        self.assertEqual([float(line) for line in self.good("show", "many.h5", "many/dc1/x").splitlines()], values)
 
     def test_a_reader_that_goes_away_is_no_failure(self):
         self.write("many.raw", raw(500_000, [0.5] * 500_000, names=("x",)))
         self.good("import", "many.raw", "-o", "many.h5")
-        for arguments in ("show many.h5 dc1/x", "show many.h5 dc1/x --csv", "show many.h5 dc1/x --units mV"):
+        for arguments in ("show many.h5 many/dc1/x", "show many.h5 many/dc1/x --csv", "show many.h5 many/dc1/x --units mV"):
             for ignored in ("", "trap '' PIPE; "):
                 result = subprocess.run(["bash", "-c", f"{ignored}'{ORRERY}' {arguments} | head -1"],
                                         cwd=self.folder, capture_output=True, timeout=60)
@@ -550,7 +550,7 @@ class ShowTest(CommandTest):
         self.write("many.raw", raw(500_000, [0.5] * 500_000, names=("x",)))
         self.good("import", "many.raw", "-o", "many.h5")
         for restore, codes in ((True, (-signal.SIGPIPE,)), (False, (0,))):
-            process = subprocess.Popen([ORRERY, "show", "many.h5", "dc1/x"], cwd=self.folder,
+            process = subprocess.Popen([ORRERY, "show", "many.h5", "many/dc1/x"], cwd=self.folder,
                                        stdout=subprocess.PIPE, stderr=subprocess.PIPE, restore_signals=restore)
             process.stdout.close()
             error = process.stderr.read()
@@ -559,7 +559,7 @@ class ShowTest(CommandTest):
             self.assertEqual(error, b"")
 
     def test_output_that_can_not_be_written_is_a_failure(self):
-        for command in (["show", "t.h5", "dc1/y"], ["ls", "t.h5"], ["--help"], ["--version"]):
+        for command in (["show", "t.h5", "t/dc1/y"], ["ls", "t.h5"], ["--help"], ["--version"]):
             with open("/dev/full", "wb") as full:
                 result = subprocess.run([ORRERY, *command], cwd=self.folder, stdout=full, stderr=subprocess.PIPE,
                                         timeout=60)
@@ -580,38 +580,38 @@ class FunctionTest(CommandTest):
                 ("derivative", "derivative(y) [V/V]", ("3", "-1", "-1.5", "5.5")),
                 ("moving-average:2", "moving-average(y) [V]", ("-1", "0.5", "-0.5", "2.5")),
                 ("polynomial-1:5,6", "polynomial-1(y) [V]", ("-1", "2", "-3", "8"))):
-            lines = self.good("show", "t.h5", "dc1/y", "--function", function).splitlines()
+            lines = self.good("show", "t.h5", "t/dc1/y", "--function", function).splitlines()
             self.assertEqual(lines[0], "x [V]  " + heading)
             self.assertEqual([tuple(line.split()) for line in lines[1:]], list(zip(("0", "1", "2", "4"), values)))
 
     def test_with_the_other_options(self):
-        self.assertEqual(self.good("show", "t.h5", "dc1/y", "--function", "magnitude", "--units", "mV", "--range",
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/y", "--function", "magnitude", "--units", "mV", "--range",
                                    "2:", "--csv"),
                          "offset,x [V],magnitude(y) [mV]\n2,2,3000\n3,4,8000\n")
-        self.assertEqual(self.good("show", "t.h5", "dc1/x", "--function", "magnitude", "--at", "3"), "4\n")
-        self.assertEqual(self.fails(1, "show", "t.h5", "dc1/y", "--function", "magnitude", "--at", "4"),
-                         "t.h5: dc1/y: there is no offset 4; there are 4, from 0 to 3")
-        self.assertEqual(self.fails(1, "show", "t.h5", "dc1/y", "--function", "phase", "--units", "V"),
-                         "t.h5: dc1/y: can't convert °, plane angle (rad), to V, electric potential (m^2*kg/(s^3*A))")
+        self.assertEqual(self.good("show", "t.h5", "t/dc1/x", "--function", "magnitude", "--at", "3"), "4\n")
+        self.assertEqual(self.fails(1, "show", "t.h5", "t/dc1/y", "--function", "magnitude", "--at", "4"),
+                         "t.h5: t/dc1/y: there is no offset 4; there are 4, from 0 to 3")
+        self.assertEqual(self.fails(1, "show", "t.h5", "t/dc1/y", "--function", "phase", "--units", "V"),
+                         "t.h5: t/dc1/y: can't convert °, plane angle (rad), to V, electric potential (m^2*kg/(s^3*A))")
 
     def test_the_file_stays_as_it_is(self):
         with open(self.path("t.h5"), "rb") as file:
             before = file.read()
-        self.good("show", "t.h5", "dc1/y", "--function", "magnitude")
+        self.good("show", "t.h5", "t/dc1/y", "--function", "magnitude")
         with open(self.path("t.h5"), "rb") as file:
             self.assertEqual(file.read(), before)
 
     def test_a_second_read_computes_nothing(self):
-        result = self.run_orrery("-v", "show", "t.h5", "dc1/y", "--function", "magnitude")
+        result = self.run_orrery("-v", "show", "t.h5", "t/dc1/y", "--function", "magnitude")
         self.assertEqual(result.returncode, 0)
         self.assertIn("orrery: info: magnitude(y): update count 1 after the first read, 1 after another one\n",
                       result.stderr.decode())
 
     def test_a_function_that_fails_is_a_failure(self):
-        for arguments, why in ((["dc1/x", "--function", "derivative"],
-                                "t.h5: dc1/x: function 'derivative': the variable has no axis"),
-                               (["dc1/y", "--function", "moving-average:0"],
-                                "t.h5: dc1/y: function 'moving-average': the window must be a whole number from 1")):
+        for arguments, why in ((["t/dc1/x", "--function", "derivative"],
+                                "t.h5: t/dc1/x: function 'derivative': the variable has no axis"),
+                               (["t/dc1/y", "--function", "moving-average:0"],
+                                "t.h5: t/dc1/y: function 'moving-average': the window must be a whole number from 1")):
             self.assertEqual(self.fails(1, "show", "t.h5", *arguments), why)
             self.assertEqual(self.fails(1, "show", "t.h5", *arguments, "--csv"), why)
 
@@ -620,16 +620,16 @@ class FunctionTest(CommandTest):
             content = bytearray(file.read())
         content[content.index(struct.pack("=4d", -1, 2, -3, 8))] ^= 1
         self.write("damaged.h5", content)
-        line = self.fails(1, "show", "damaged.h5", "dc1/y", "--function", "magnitude")
-        self.assertRegex(line, "^damaged.h5: .*dc1/y.* damaged")
-        line = self.fails(1, "show", "damaged.h5", "dc1/y", "--units", "mV")
+        line = self.fails(1, "show", "damaged.h5", "t/dc1/y", "--function", "magnitude")
+        self.assertRegex(line, "^damaged.h5: .*t/dc1/y.* damaged")
+        line = self.fails(1, "show", "damaged.h5", "t/dc1/y", "--units", "mV")
         self.assertTrue(line.startswith("damaged.h5: "), line)
 
     def test_only_variables_have_functions(self):
-        self.assertEqual(self.fails(1, "show", "t.h5", "dc1/Title", "--function", "magnitude"),
-                         "t.h5: dc1/Title: is a single value; --function takes a variable")
-        self.assertEqual(self.fails(1, "show", "t.h5", "dc1", "--function", "magnitude"),
-                         "t.h5: dc1: is a folder; 'orrery ls' lists it")
+        self.assertEqual(self.fails(1, "show", "t.h5", "t/Setup/dc1/Title", "--function", "magnitude"),
+                         "t.h5: t/Setup/dc1/Title: is a single value; --function takes a variable")
+        self.assertEqual(self.fails(1, "show", "t.h5", "t/dc1", "--function", "magnitude"),
+                         "t.h5: t/dc1: is a folder; 'orrery ls' lists it")
 
 
 class OddFileTest(CommandTest):

@@ -109,7 +109,7 @@ class OracleTest(unittest.TestCase):
             for header, vectors in plots:
                 kind = KINDS[header["Plotname"]]
                 numbers[kind] = numbers.get(kind, 0) + 1
-                folder = file[f"{kind}{numbers[kind]}"]
+                folder = file[f"{os.path.splitext(os.path.basename(path))[0]}/{kind}{numbers[kind]}"]
                 self.assertEqual({name for name in folder}, set(vectors) - self.single(folder, vectors))
                 for name, expected in vectors.items():
                     if name in folder:
@@ -129,10 +129,14 @@ class OracleTest(unittest.TestCase):
         self.assertEqual(actual[real].tobytes(), expected[real].tobytes())
 
     def compare_shown(self, output, path, expected):
-        result = subprocess.run([ORRERY, "show", output, path], check=True, capture_output=True, text=True)
-        shown = [complex(word.replace("i", "j")) if np.iscomplexobj(expected) else float(word)
-                 for word in result.stdout.split()]
-        self.compare_vector(np.array(shown, expected.dtype).reshape(expected.shape), expected)
+        result = subprocess.run([ORRERY, "show", output, path, "--csv"], check=True, capture_output=True, text=True)
+        rows = [[float(field) for field in line.split(",")] for line in result.stdout.splitlines()[1:]]
+        parts = 2 if np.iscomplexobj(expected) else 1
+        columns = parts * expected.size // len(rows)  # behind the offset and the axis
+        shown = np.array([row[-columns:] for row in rows])
+        if parts == 2:
+            shown = shown[:, 0::2] + 1j * shown[:, 1::2]
+        self.compare_vector(shown.astype(expected.dtype).reshape(expected.shape), expected)
 
 
 if __name__ == "__main__":
