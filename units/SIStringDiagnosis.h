@@ -16,7 +16,7 @@ struct ORRERYCOREVARIABLES_EXPORT SIStringDiagnosis
     QString expected;   ///< what could stand there, in words
 
     /// Texts to try in its place, the likeliest first; at most three, and each is an SI string or a key of the
-    /// catalogue of units.
+    /// catalogue of units. None for a key that no SI string can say, such as "in": what helps is to look it up.
     QStringList suggestions;
 
     QString problem; ///< what is wrong, and where: the first half of the message

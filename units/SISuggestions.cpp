@@ -56,10 +56,16 @@ public:
     {
     }
 
+    // Whether a text of that length can be near at all.
+    bool mayBeNear(int length) const
+    {
+        return std::abs(length - m_word.size()) * 2 <= m_farthest && length <= s_longestWord;
+    }
+
     // `rarity` orders texts of the same distance.
     void consider(const QString& text, int rarity)
     {
-        if (std::abs(text.size() - m_word.size()) * 2 > m_farthest || text.size() > s_longestWord)
+        if (!mayBeNear(text.size()))
             return;
         const int distance = distanceOf(m_word, text);
         const bool goesOn = text.startsWith(m_word);
@@ -93,11 +99,20 @@ private:
 void considerSymbols(Ranking* ranking)
 {
     const SISymbolTable& table = SISymbolTable::s_instance;
+    QString text; // one for all: there are hundreds
     for (const SiUnitRow& unit : table.units()) {
-        const QString symbol = QString::fromUtf16(unit.symbol);
-        ranking->consider(symbol, 0);
+        const QStringView symbol(unit.symbol);
+        const auto consider = [&](QStringView prefix, int rarity) {
+            if (!ranking->mayBeNear(static_cast<int>(prefix.size() + symbol.size())))
+                return;
+            text.resize(0);
+            text.append(prefix.data(), static_cast<int>(prefix.size()));
+            text.append(symbol.data(), static_cast<int>(symbol.size()));
+            ranking->consider(text, rarity);
+        };
+        consider(QStringView(), 0);
         for (const SiPrefixRow& prefix : table.prefixes())
-            ranking->consider(QString::fromUtf16(prefix.symbol) + symbol, 1 + std::abs(prefix.exponent));
+            consider(QStringView(prefix.symbol), 1 + std::abs(prefix.exponent));
     }
 }
 
