@@ -17,7 +17,7 @@ const QString parameterName = QStringLiteral("Parameter");
 
 using Call = std::function<void()>;
 
-/// A host's units: tell when they, or a clone of them, are put somewhere.
+/// A host's units: a clone of them, or its being put somewhere, is told.
 class HostUnits : public Units
 {
 public:
@@ -28,15 +28,22 @@ public:
     HostUnits(const HostUnits& other) = default;
     HostUnits& operator=(const HostUnits&) = delete;
 
-    AbstractProperty* DoClone() const override { return new HostUnits(*this); }
+    AbstractProperty* DoClone() const override
+    {
+        auto copy = std::make_unique<HostUnits>(*this);
+        if (const Call told = onClone) // it may destroy this
+            told();
+        return copy.release();
+    }
 
+    Call onClone;
     Call onPlace;
 
 protected:
     void OnPathChanged() override
     {
         Units::OnPathChanged();
-        if (const Call told = onPlace) // it may destroy this
+        if (const Call told = onPlace) // as above
             told();
     }
 };
@@ -177,6 +184,12 @@ void PrintTo(const Moment& moment, std::ostream* out)
 const Moment moments[] = {
     {"FirstMemberIsSearched", [](Stage& stage) { strikeInSearch(stage, 0); }},
     {"LaterMemberIsSearched", [](Stage& stage) { strikeInSearch(stage, 1); }},
+    {"UnitsOfAMemberAreCloned",
+     [](Stage& stage) { giveHostUnits(*stage.runs[1]->GetPtr<Variable>(I))->onClone = stage.strike(); }},
+    {"UnitsOfAnAxisAreCloned",
+     [](Stage& stage) { giveHostUnits(*stage.runs[0]->GetPtr<Variable>(V))->onClone = stage.strike(); }},
+    {"UnitsOfTheParameterAreCloned",
+     [](Stage& stage) { giveHostUnits(*stage.parameter)->onClone = stage.strike(); }},
     {"FormerChildDies",
      [](Stage& stage) { insert(*stage.sweep(), std::make_unique<DyingFolder>(I, stage.strike())); }},
     {"FormerIndependentsDie",
@@ -185,6 +198,11 @@ const Moment moments[] = {
      [](Stage& stage) {
          stage.sweep()->InsertOrReplaceProperty(
              new HostReference(QStringLiteral("1"), *stage.runs[1], stage.strike()));
+     }},
+    {"ParameterIsLookedUp",
+     [](Stage& stage) {
+         stage.sweep()->InsertOrReplaceProperty(
+             new HostReference(parameterName, *stage.parameter, stage.strike()));
      }},
     {"AxisIsLookedUp",
      [](Stage& stage) {
@@ -346,6 +364,19 @@ std::string deedName(const testing::TestParamInfo<Deed>& info)
 INSTANTIATE_TEST_SUITE_P(InTheMiddle, HostsUnitsInPlace, testing::ValuesIn(deeds), deedName);
 
 // --- searching and naming
+
+TEST(HostileSearch, OfAMemberMayDestroyTheSweepThatAsksItForNames)
+{
+    Stage stage;
+    stage.blow = [](Stage& struck) { delete struck.sweep(); };
+    stage.runs[0]->listNames = [call = stage.strike()](QStringList* names) {
+        names->append(I);
+        call();
+    };
+    EXPECT_EQ(stage.sweep()->FindResultVar(I), nullptr);
+    EXPECT_EQ(stage.strikes, 1);
+    EXPECT_EQ(stage.sweep(), nullptr);
+}
 
 TEST(HostileSearch, OfAMemberMayDestroyTheSweepThatListsItsVariables)
 {

@@ -101,6 +101,13 @@ TEST_F(Sweep, DestroysAParameterThatStandsInIt)
     EXPECT_EQ(targetOf(*sweep, parameterName), parameter);
 }
 
+TEST_F(Sweep, HasNoParameterAfterTheOneThatStandsInItWasGiven)
+{
+    const Variable* const own = addData(*sweep, parameterName, {1, 2});
+    EXPECT_EQ(sweep->SetParameterRef(own), ER_INVALID_ARGUMENT); // it is destroyed first
+    EXPECT_EQ(sweep->GetPropertyCount(), 0);
+}
+
 TEST_F(Sweep, MayReferToAParameterThatStandsInItUnderAnotherName)
 {
     const Variable* const own = addData(*sweep, QStringLiteral("T"), {1, 2});
@@ -417,6 +424,25 @@ TEST_F(Sweep, ListsAVariableOnceForEachTimeThatItIsNamed)
     AbstractProperty* const joined = sweep->GetPropertyPtr(QStringLiteral("I"));
     ASSERT_NE(joined, nullptr);
     EXPECT_EQ(list, (QList<AbstractProperty*>{joined, joined}));
+}
+
+TEST_F(Sweep, ListsNoVariableThatTheNextOneHasTakenThePlaceOf)
+{
+    auto* const host = insert(top, std::make_unique<HostData>(QStringLiteral("host")));
+    host->listNames = [](QStringList* names) { *names << QStringLiteral("I_Indeps") << QStringLiteral("I"); };
+    ASSERT_EQ(sweep->AddResultDataRef(host), ER_SUCCESS);
+    QList<AbstractProperty*> list;
+    sweep->GetVariableList(&list); // the independents of I stand where the first was
+    EXPECT_EQ(list, QList<AbstractProperty*>{sweep->GetPropertyPtr(QStringLiteral("I"))});
+}
+
+TEST_F(Sweep, ListsIntoNothingWithoutHarm)
+{
+    fill();
+    addData(*first, QStringLiteral("I"), {1});
+    sweep->GetVariableNameList(nullptr);
+    sweep->GetVariableList(nullptr);
+    EXPECT_EQ(namesIn(*sweep), QStringList{QStringLiteral("I")});
 }
 
 TEST_F(Sweep, ListsNothingWithoutMembers)

@@ -122,6 +122,13 @@ TEST(EmptyResultData, LeavesTheListsAsTheyWere)
     EXPECT_EQ(names, QStringList{QStringLiteral("first")});
 }
 
+TEST_F(Run, ListsIntoNothingWithoutHarm)
+{
+    run.GetVariableList(nullptr);
+    run.GetVariableNameList(nullptr);
+    EXPECT_EQ(namesIn(run), (QStringList{"I", "J"}));
+}
+
 // --- copies
 
 TEST_F(Run, HasCopiesWithVariablesOfTheirOwn)

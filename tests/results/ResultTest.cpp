@@ -358,6 +358,41 @@ TEST(ResultTemplate, StaysTheCallersWithItsNewNameWhereTheTreeIsTooDeep)
     EXPECT_FALSE(result.HasProperty(templateName));
 }
 
+TEST(ResultTemplate, MayDestroyTheResultWhenItIsRenamed)
+{
+    auto* const result = new Result;
+    const PropertyHandle life(result);
+    HostTemplate given(QStringLiteral("mine"));
+    given.onPath = [&] { delete life.Get(); };
+    EXPECT_LT(result->SetDefaultDisplayTemplate(&given), 0);
+    EXPECT_TRUE(life.IsExpired());
+    EXPECT_EQ(given.GetName(), templateName);
+    EXPECT_EQ(given.GetParent(), nullptr);
+}
+
+TEST(ResultTemplate, MayDestroyItselfWhenItIsRenamed)
+{
+    Result result;
+    auto* const given = new HostTemplate(QStringLiteral("mine"));
+    const PropertyHandle life(given);
+    given->onPath = [&] { delete life.Get(); };
+    EXPECT_LT(result.SetDefaultDisplayTemplate(given), 0);
+    EXPECT_TRUE(life.IsExpired());
+    EXPECT_FALSE(result.HasProperty(templateName));
+}
+
+TEST(ResultTemplate, MayDestroyTheResultWhenItIsInserted)
+{
+    auto* const result = new Result;
+    const PropertyHandle life(result);
+    auto* const given = new HostTemplate(templateName); // not renamed, hence told once only
+    const PropertyHandle templateLife(given);
+    given->onPath = [&] { delete life.Get(); };
+    result->SetDefaultDisplayTemplate(given);
+    EXPECT_TRUE(life.IsExpired());
+    EXPECT_TRUE(templateLife.IsExpired()); // it was the result's by then
+}
+
 // --- files
 
 void buildResult(PropertyObject& root)

@@ -171,6 +171,16 @@ public:
         static const QString name = QStringLiteral("HostTemplate");
         return name;
     }
+
+    std::function<void()> onPath;
+
+protected:
+    void OnPathChanged() override
+    {
+        Metadata::OnPathChanged();
+        if (const auto told = onPath) // it may destroy this
+            told();
+    }
 };
 
 /// A host's folder of data: finds and names what a test has set, else what every folder of data does.
