@@ -44,9 +44,15 @@ Function::Function(const QString& name)
         SetMeasurementFromName(name);
 }
 
-Function::Function(const Function& other)
+Function::Function(const Function& other, std::unique_ptr<Measurement<Variable>> measurement)
     : PropertyObject(other)
-    , m_measurement(cloneOf(other.m_measurement).release())
+    , m_measurement(measurement.release())
+{
+}
+
+// The measurement is cloned first: to clone a host's child may destroy `other`.
+Function::Function(const Function& other)
+    : Function(other, cloneOf(other.m_measurement))
 {
 }
 

@@ -107,6 +107,8 @@ private:
     static bool holdsNoMeasurement(const PropertyObject& function);
     static const bool s_clonesTrusted;
 
+    Function(const Function& other, std::unique_ptr<Measurement<Variable>> measurement);
+
     void replaceMeasurement(const Measurement<Variable>& pattern);
     ERESULT replaceParameters(const std::vector<BVariant>& values);
 

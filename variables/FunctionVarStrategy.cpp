@@ -19,6 +19,7 @@
 #include <cstdlib>
 #include <cxxabi.h>
 #include <exception>
+#include <set>
 #include <stdexcept>
 #include <typeinfo>
 #include <utility>
@@ -177,9 +178,9 @@ void pushArguments(const Variable& owner, const QString& folderName, Measurement
     const PropertyHandle self(&owner);
     ArgumentStack stack;
     for (const PropertyHandle& child : snapshotOf(children)) {
-        if (self.IsExpired())
-            return; // with all its arguments, by what one of them has told
         Variable* argument = child.Get() ? resolveArgument(*child.Get()) : nullptr;
+        if (self.IsExpired())
+            return; // with all its arguments, by what one of them has told, or by what has looked for it
         if (!argument)
             failInvalidArgument();
         measurement.push(argument);
@@ -197,6 +198,57 @@ makeWorkingClone(const Measurement<Variable>& described)
 {
     return std::unique_ptr<Measurement<Variable>>(described.clone());
 }
+
+thread_local int s_computations = 0;             // one within the other, on this thread
+thread_local std::size_t s_provisionalCount = 0; // of the set: told without making it
+
+using TrackerSet = std::set<std::shared_ptr<Variable::Tracker>>;
+
+TrackerSet& provisionalTrackers()
+{
+    static thread_local TrackerSet trackers;
+    return trackers;
+}
+
+/// A computation, as long as it lives. Its result may lack what lay too deep for it; then it counts as up to date until
+/// the outermost computation ends, and as dirty from then on. Each variable of a chain reads the one below more than
+/// once: if it computed each time, the work would double at every level.
+class Computation
+{
+public:
+    Computation() { ++s_computations; }
+    ~Computation()
+    {
+        if (isOutermost())
+            endProvisional();
+        --s_computations;
+    }
+    Computation(const Computation&) = delete;
+    Computation& operator=(const Computation&) = delete;
+
+    static bool isOutermost() { return s_computations == 1; }
+    static bool hasProvisional() { return s_provisionalCount != 0; }
+
+    static bool isProvisional(const std::shared_ptr<Variable::Tracker>& tracker)
+    {
+        return hasProvisional() && provisionalTrackers().count(tracker) != 0;
+    }
+
+    static void keepProvisional(const std::shared_ptr<Variable::Tracker>& tracker)
+    {
+        provisionalTrackers().insert(tracker);
+        s_provisionalCount = provisionalTrackers().size();
+    }
+
+    static void endProvisional()
+    {
+        if (!hasProvisional())
+            return;
+        s_provisionalCount = 0;
+        for (const std::shared_ptr<Variable::Tracker>& tracker : std::exchange(provisionalTrackers(), {}))
+            tracker->markDirty();
+    }
+};
 
 } // namespace
 
@@ -397,6 +449,8 @@ BVariant FunctionVarStrategy::GetData(IsCellArray* flag) const
             *flag = IsCellArrayFalse;
         return BVariant();
     }
+    if (Computation::isProvisional(owner.getDirtyTracker()))
+        ReadInProgress::noteTooDeep();
     const auto* stored = dynamic_cast<const SimpleProperty*>(owner.GetPropertyConstPtr(sData()));
     if (!stored)
         throw std::logic_error("no data in GetData()!? invalid/corrupted memory.");
@@ -408,6 +462,7 @@ BVariant FunctionVarStrategy::GetData(IsCellArray* flag) const
 bool FunctionVarStrategy::computeIfDirty() const
 {
     // Clients of the new data may destroy the owner, or assign to it.
+    const Computation computation;
     const std::shared_ptr<Variable::Tracker> tracker = backRef()->getDirtyTracker();
     bool ownerLives = true;
     bool isFinal = true;
@@ -421,8 +476,13 @@ bool FunctionVarStrategy::computeIfDirty() const
     });
     // What lies too deep below this read wasn't reached. Read for itself it may be: what was stored isn't final.
     if (!isFinal)
-        tracker->markDirty();
-    return ownerLives;
+        Computation::keepProvisional(tracker);
+    if (!ownerLives || !Computation::isOutermost() || !Computation::hasProvisional())
+        return ownerLives;
+    const std::lock_guard<std::recursive_mutex> lock(mutex());
+    const PropertyHandle self(backRef());
+    Computation::endProvisional(); // which tells clients again
+    return !self.IsExpired();
 }
 
 void FunctionVarStrategy::Compute() const

@@ -48,6 +48,11 @@ std::uint64_t ReadInProgress::tooDeepCount() noexcept
     return s_tooDeep;
 }
 
+void ReadInProgress::noteTooDeep() noexcept
+{
+    ++s_tooDeep;
+}
+
 std::uint64_t ReadInProgress::nestedElements() noexcept
 {
     std::uint64_t sum = 0;

@@ -36,6 +36,9 @@ public:
     /// How many were refused on this thread, ever, because too many were noted: a number to compare with itself.
     static std::uint64_t tooDeepCount() noexcept;
 
+    /// Count a read as refused for that: of what was put together while others were.
+    static void noteTooDeep() noexcept;
+
     /// Tell how many elements the read of this object is going to put together in memory.
     void expectElements(std::uint64_t count) noexcept { m_expected = count; }
 
