@@ -53,7 +53,7 @@ std::string usageLine(const CLI::App& program, const CLI::Error& error)
             return "there is no command " + inQuotes(word);
         return "there is no option " + inQuotes(word);
     }
-    return "expected a command: import, ls, show, join, plot, diff, watch, units or convert";
+    return "expected a command: import, ls, show, join, plot, diff, copy, watch, units or convert";
 }
 
 void setUp(CLI::App& program, bool* isVerbose, Action* action)
@@ -64,6 +64,7 @@ void setUp(CLI::App& program, bool* isVerbose, Action* action)
     program.require_subcommand(1);
     program.fallthrough();
     program.set_help_flag("-h,--help", "Print this help");
+    addCopyCommand(program, action);
     addDiffCommand(program, action);
     addImportCommand(program, action);
     addJoinCommand(program, action);

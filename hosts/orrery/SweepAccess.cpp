@@ -98,7 +98,8 @@ void requireEnoughValues(const Variable& parameter, const Variable& joined)
     const std::uint64_t values = parameter.GetMaxIndepOffset();
     if (values < static_cast<std::uint64_t>(members.size()))
         throw Failure("the parameter " + inQuotes(parameter.GetName().toStdString()) + " has " +
-                      std::to_string(values) + " values for " + std::to_string(members.size()) + " members");
+                      std::to_string(values) + (values == 1 ? " value for " : " values for ") +
+                      std::to_string(members.size()) + " members");
 }
 
 } // namespace

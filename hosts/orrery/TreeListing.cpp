@@ -5,6 +5,7 @@
 #include "foundations/property/SimpleProperty.h"
 #include "hosts/orrery/ElementText.h"
 #include "hosts/orrery/PlainText.h"
+#include "hosts/orrery/SweepAccess.h"
 #include "hosts/orrery/TreeAccess.h"
 #include "hosts/orrery/UnitText.h"
 #include "variables/FunctionVarStrategy.h"
@@ -120,6 +121,7 @@ private:
     static void describeValue(const BVariant& value, Row* row);
     static void describeComputed(const Variable& variable, Row* row);
     static void describeVariable(const Variable& variable, Row* row);
+    static void describeSweep(const ParameterizedResultData& sweep, Row* row);
     static std::string flagsOf(const AbstractProperty& node);
     std::vector<Column> columns() const;
     Row heading() const;
@@ -217,6 +219,16 @@ void Listing::describeVariable(const Variable& variable, Row* row)
     }
 }
 
+// What a listing would not show otherwise: the members are references.
+void Listing::describeSweep(const ParameterizedResultData& sweep, Row* row)
+{
+    QList<AbstractProperty*> members;
+    sweep.GetPrefixedChildrenProperties(&members, QString());
+    (*row)[Shape] = std::to_string(members.size()) + (members.size() == 1 ? " member" : " members");
+    const Variable* const parameter = parameterOf(sweep);
+    (*row)[Axes] = "over " + (parameter ? pathName(parameter->GetName()) : "?");
+}
+
 std::string Listing::flagsOf(const AbstractProperty& node)
 {
     std::string flags = "---";
@@ -243,6 +255,8 @@ Row Listing::rowOf(AbstractProperty& node, std::size_t depth) const
     } else if (node.IsPropertyObject()) {
         row[Name] += '/';
         row[Count] = std::to_string(static_cast<PropertyObject&>(node).GetPropertyCount());
+        if (const auto* const sweep = dynamic_cast<const ParameterizedResultData*>(&node))
+            describeSweep(*sweep, &row);
     } else if (node.IsSimpleProperty()) {
         describeValue(static_cast<SimpleProperty&>(node).GetValue(), &row);
     } else if (node.IsPropertyReference()) {

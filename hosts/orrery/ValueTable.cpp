@@ -75,9 +75,14 @@ void ColumnReader::convertTo(const Units& target)
 
 void ColumnReader::preferReal()
 {
-    if (!m_reader.isHeld() || !isComplex(m_reader.held().data))
+    BVariant data;
+    if (m_reader.isHeld())
+        data = m_reader.held().data;
+    else if (m_reader.offsets() > 0 &&
+             m_reader.offsets() <= s_blockElements) // worth a look before it is printed
+        data = m_reader.read(0, m_reader.offsets()).data;
+    if (!isComplex(data))
         return;
-    BVariant data = m_reader.held().data;
     static_cast<void>(data.constData()); // damaged data tell so themselves
     try {
         convertInPlace(data, WellKnownType::of<double>());

@@ -1,6 +1,7 @@
 #include "foundations/storage/DataFileFactory.h"
 #include "hosts/orrery/Diagnostics.h"
 #include "hosts/orrery/Failure.h"
+#include "hosts/orrery/OutputFile.h"
 #include "hosts/orrery/PlainText.h"
 #include "hosts/orrery/ProgressLine.h"
 #include "hosts/orrery/RawFile.h"
@@ -11,11 +12,6 @@
 #include "hosts/orrery/commands/Commands.h"
 #include "results/Result.h"
 
-#include <sys/stat.h>
-
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <string>
@@ -56,55 +52,6 @@ Read are text and binary raw files, real and complex, with any number of plots.
 
 Example: orrery import diode.raw -o diode.h5
              --sweep temperature=-40,0,27,85,125 --sweep-units degC)";
-
-bool startsLikeDataFile(const std::string& path)
-{
-    const std::string signature = "\x89HDF\r\n\x1a\n";
-    std::string start(signature.size(), '\0');
-    std::ifstream file(path, std::ios::binary);
-    if (!file.is_open())
-        return false;
-    file.read(start.data(), static_cast<std::streamsize>(start.size()));
-    return file.gcount() == 0 || start == signature;
-}
-
-std::string folderOf(const std::string& path)
-{
-    const std::size_t slash = path.rfind('/');
-    if (slash == std::string::npos)
-        return ".";
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
-
-// Tells before the work what would be told after it.
-void checkFolder(const std::string& output)
-{
-    const std::string folder = folderOf(output);
-    struct stat status = {};
-    if (::stat(folder.c_str(), &status) != 0)
-        throw Failure(printable(output) + ": the folder " + inQuotes(folder) + ": " + std::strerror(errno));
-    if (!S_ISDIR(status.st_mode))
-        throw Failure(printable(output) + ": " + inQuotes(folder) + " is not a folder");
-}
-
-void checkOutput(const ImportOptions& options)
-{
-    const std::string name = printable(options.output);
-    struct stat out = {};
-    if (::stat(options.output.c_str(), &out) != 0) {
-        checkFolder(options.output);
-        return;
-    }
-    if (S_ISDIR(out.st_mode))
-        throw Failure(name + ": is a folder, expected a file to write");
-    if (!S_ISREG(out.st_mode))
-        throw Failure(name + ": is not a regular file");
-    struct stat in = {};
-    if (::stat(options.input.c_str(), &in) == 0 && in.st_dev == out.st_dev && in.st_ino == out.st_ino)
-        throw Failure(name + ": is the file to import; write to another one");
-    if (!options.force && !startsLikeDataFile(options.output))
-        throw Failure(name + ": exists and is not an HDF5 file; --force replaces it");
-}
 
 // "runs/diode.raw" is the result "diode".
 QString resultName(const std::string& path)
@@ -148,7 +95,7 @@ void importFile(const ImportOptions& options)
     if (options.output.empty())
         throw Failure("--output: expected the name of a file", ExitUsage);
     const std::optional<SweepValues> sweep = wantedSweep(options);
-    checkOutput(options);
+    checkOutput(options.input, options.output, options.force);
     ProgressLine progress(options.input);
     RawFile raw(options.input, [&](std::uint64_t done, std::uint64_t size) { progress.update(done, size); });
 

@@ -3,6 +3,7 @@
 #include "hosts/orrery/PlainText.h"
 #include "hosts/orrery/SweepAccess.h"
 #include "hosts/orrery/TreeAccess.h"
+#include "hosts/orrery/UnitText.h"
 #include "hosts/orrery/ValueTable.h"
 #include "hosts/orrery/commands/Commands.h"
 
@@ -20,14 +21,16 @@ struct JoinOptions
     std::string path;
     std::string name;
     std::string range;
+    std::string units;
+    bool hasUnits = false;
     bool hasRange = false;
     bool isCsv = false;
 };
 
-const char s_help[] = R"(PATH is a sweep, such as diode/dc-sweep, and NAME a variable that its members have.
-The variables of that name of all members are joined end to end and printed
-beside the axes of the members and, last of the axes, the sweep's parameter,
-whose value is repeated along each member. No file is changed.
+const char s_help[] = R"(PATH is a sweep, such as diode/dc-sweep, and NAME a variable of its members. The
+variables of that name of all members are joined end to end and printed beside
+the axes of the members and, last of the axes, the sweep's parameter, whose
+value is repeated along each member. No file is changed.
 
 --range A:B is A up to but not including B; A: goes to the end, :B begins at 0.
 
@@ -45,6 +48,8 @@ void join(const JoinOptions& options, Output& out)
     TableOptions table;
     if (options.hasRange)
         table.range = parseRange(options.range);
+    if (options.hasUnits)
+        table.units = parseUnits(options.units);
     table.isCsv = options.isCsv;
     const std::shared_ptr<DataFile> file = openForReading(options.file);
     AbstractProperty* const node = findNode(*file, options.file, options.path);
@@ -69,9 +74,12 @@ void addJoinCommand(CLI::App& program, Action* action)
     command->add_option("NAME", options->name, "The variable, such as i(vd)")->required()->type_name("");
     CLI::Option* const range =
         command->add_option("--range", options->range, "Only the offsets from A up to B")->type_name("A:B");
+    CLI::Option* const units =
+        command->add_option("--units", options->units, "Convert the values to this unit")->type_name("UNIT");
     command->add_flag("--csv", options->isCsv, "As comma-separated values");
     command->footer(s_help);
-    command->callback([options, action, range] {
+    command->callback([options, action, range, units] {
+        options->hasUnits = units->count() > 0;
         options->hasRange = range->count() > 0;
         *action = [options](Output& out) { join(*options, out); };
     });

@@ -10,6 +10,7 @@
 #include "hosts/orrery/TreeAccess.h"
 #include "hosts/orrery/UnitText.h"
 #include "hosts/orrery/measurements/Registration.h"
+#include "results/ParameterizedResultData.h"
 #include "variables/ConcatVar.h"
 #include "variables/ExplicitDataVar.h"
 #include "variables/FunctionVar.h"
@@ -19,6 +20,7 @@
 #include <exception>
 #include <memory>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 using namespace Orrery;
@@ -122,6 +124,41 @@ void addComputed(PropertyObject& root)
     check(joined.AddVariable(root.GetPtr<Variable>(QStringLiteral("y"))));
 }
 
+ParameterizedResultData& addSweep(PropertyObject& root, const char* name, std::vector<const char*> members)
+{
+    auto& sweep = add<ParameterizedResultData>(root, name);
+    check(sweep.SetParameterRef(root.GetPtr<Variable>(QStringLiteral("pair"))));
+    for (const char* const member : members)
+        check(sweep.AddResultDataRef(root.GetPtr<ResultData>(QString::fromUtf8(member))));
+    return sweep;
+}
+
+void addSweeps(PropertyObject& root)
+{
+    addValues(root, "pair", {10, 20});
+    addValues(root, "one", {10});
+    for (const char* const name : {"run0", "run1"}) {
+        auto& run = add<ResultData>(root, name);
+        auto& t = addValues(run, "t", {0, 1, 2});
+        check(addValues(run, "v", {5, 6, 7}).AddIndepVariableRef(&t));
+        add<ExplicitDataVar>(run, "matrix").UpdateData(BVariant(Doubles(6), {2, 3}));
+        add<ExplicitDataVar>(run, "words").UpdateData(BVariant(std::vector<std::string>{"a", "b"}));
+        for (const char* const taken : {"0", "Parameter", "v_Indeps"})
+            addValues(run, taken, {1, 2});
+        addRange(run, "huge-in-run", 1e11);
+    }
+    addSweep(root, "sweep", {"run0", "run1"});
+    addValues(root, "outer", {1, 2});
+    check(addSweep(root, "nested-sweep", {"sweep", "sweep"})
+              .SetParameterRef(root.GetPtr<Variable>(QStringLiteral("outer"))));
+    addSweep(root, "bare-sweep", {"run0"}).DeleteProperty(ParameterizedResultData::ParameterVar);
+    check(addSweep(root, "short-sweep", {"run0", "run1"})
+              .SetParameterRef(root.GetPtr<Variable>(QStringLiteral("one"))));
+    auto& circle = addSweep(root, "circle-sweep", {"run0"});
+    check(circle.AddResultDataRef(&circle));
+    addSweep(root, "empty-sweep", {});
+}
+
 void write(const QString& path)
 {
     std::shared_ptr<DataFile> file;
@@ -133,6 +170,7 @@ void write(const QString& path)
     addUnits(root);
     addFunctions(root);
     addComputed(root);
+    addSweeps(root);
     if (file->Save(&why) < 0)
         throw std::runtime_error(why.toStdString());
 }

@@ -78,7 +78,7 @@ class HelpTest(CommandTest):
     def test_help_is_there_for_the_program_and_each_command(self):
         text = self.good("--help")
         self.assertIn("Usage: orrery [OPTIONS] COMMAND", text)
-        for command in ("import", "ls", "show", "join", "plot", "diff", "watch", "units", "convert"):
+        for command in ("import", "ls", "show", "join", "plot", "diff", "copy", "watch", "units", "convert"):
             self.assertIn(f"\n  {command} ", text)
             for flag in ("--help", "-h"):
                 self.assertIn(f"Usage: orrery {command} ", self.good(command, flag))
@@ -88,7 +88,7 @@ class HelpTest(CommandTest):
         self.assertRegex(self.good("--version"), r"^orrery \d+\.\d+\.\d+\n$")
 
     def test_help_lines_fit_a_terminal(self):
-        for command in ([], ["import"], ["ls"], ["show"], ["join"], ["plot"], ["diff"], ["watch"], ["units"], ["convert"]):
+        for command in ([], ["import"], ["ls"], ["show"], ["join"], ["plot"], ["diff"], ["copy"], ["watch"], ["units"], ["convert"]):
             for line in self.good(*command, "--help").splitlines():
                 self.assertLessEqual(len(line), 80, line)
 
@@ -96,7 +96,7 @@ class HelpTest(CommandTest):
 class UsageTest(CommandTest):
     def test_wrong_usage_is_one_line_and_2(self):
         cases = [
-            ([], "expected a command: import, ls, show, join, plot, diff, watch, units or convert; try 'orrery --help'"),
+            ([], "expected a command: import, ls, show, join, plot, diff, copy, watch, units or convert; try 'orrery --help'"),
             (["frobnicate"], "there is no command 'frobnicate'; try 'orrery --help'"),
             (["--frobnicate"], "there is no option '--frobnicate'; try 'orrery --help'"),
             (["ls"], "FILE is required; try 'orrery ls --help'"),
@@ -188,7 +188,7 @@ class ImportTest(CommandTest):
         for output in ("a.raw", "./a.raw", "link"):
             for force in ([], ["--force"]):
                 self.assertEqual(self.fails(1, "import", "a.raw", "-o", output, *force),
-                                 f"{output}: is the file to import; write to another one")
+                                 f"{output}: is the file to read; write to another one")
         with open(self.path("a.raw"), "rb") as copy, open(SAMPLE, "rb") as sample:
             self.assertEqual(copy.read(), sample.read())
 
