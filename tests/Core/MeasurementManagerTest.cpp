@@ -6,9 +6,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 namespace Orrery {
 namespace {
@@ -408,6 +412,49 @@ TEST_F(MeasurementManagerTest, RemovesABuiltInMeasurementWhenAHostAsks)
     EXPECT_EQ(manager().GetMeasurements(math), before);
 }
 
+/// Asks the manager for something each time that it is asked for its name.
+class Returning : public HostMeasurement
+{
+public:
+    Returning(const QString& newName, std::function<void()> reaction)
+        : HostMeasurement(newName, s_early)
+        , m_reaction(std::move(reaction))
+    {
+    }
+
+    QString get_name() override
+    {
+        m_reaction();
+        return name;
+    }
+
+private:
+    std::function<void()> m_reaction;
+};
+
+TEST_F(MeasurementManagerTest, RegistersOneWhoseNameForgetsTheCategory)
+{
+    add(s_early, QStringLiteral("before"));
+    auto* const returning = new Returning(s_name, [] { manager().RemoveCategory(s_early); });
+    EXPECT_EQ(manager().Register(returning), ER_SUCCESS);
+    EXPECT_EQ(manager().GetMeasurements(s_early), listOf({returning}));
+    EXPECT_EQ(manager().GetMeasurement(s_early, s_name), returning);
+    EXPECT_EQ(manager().FindMeasurement(s_name), returning);
+}
+
+TEST_F(MeasurementManagerTest, RegistersOneWhoseNameRegistersAnother)
+{
+    HostMeasurement* inner = nullptr;
+    auto* const returning = new Returning(s_name, [&inner] {
+        if (!inner)
+            inner = add(s_early, QStringLiteral("inner"));
+    });
+    EXPECT_EQ(manager().Register(returning), ER_SUCCESS);
+    EXPECT_EQ(manager().GetMeasurements(s_early), listOf({inner, returning}));
+    EXPECT_EQ(manager().FindMeasurement(s_name), returning);
+    EXPECT_EQ(manager().FindMeasurement(QStringLiteral("inner")), inner);
+}
+
 /// Tells of its end on stderr.
 class Announcing : public HostMeasurement
 {
@@ -444,6 +491,31 @@ TEST(MeasurementManagerDeathTest, DestroysWhatIsFoundByNameAtTheEndOfTheProcess)
     EXPECT_EXIT(leaveTheProcess(), ::testing::ExitedWithCode(0),
                 AllOf(HasSubstr("[end of found]"), HasSubstr("[end of second]"),
                       Not(HasSubstr("[end of hidden]")), Not(HasSubstr("[end of removed]"))));
+}
+
+// Made so that their addresses descend while their places in the catalogue ascend.
+void leaveTheProcessWithDescendingAddresses()
+{
+    std::vector<Announcing*> made;
+    for (int i = 0; i < 5; ++i)
+        made.push_back(new Announcing);
+    std::sort(made.begin(), made.end(), std::greater<>());
+    const char* const places[] = {"A-a", "A-b", "B-a", "B-b", "B-c"};
+    for (std::size_t i = 0; i < made.size(); ++i) {
+        const QString place = QString::fromLatin1(places[i]);
+        made[i]->category = place.left(1);
+        made[i]->name = place.mid(2);
+        made[i]->description = place;
+    }
+    for (const std::size_t i : {3u, 0u, 4u, 2u, 1u})
+        Manager::Instance()->Register(made[i]);
+    std::exit(0);
+}
+
+TEST(MeasurementManagerDeathTest, DestroysByCategoryAndNameAtTheEndOfTheProcess)
+{
+    EXPECT_EXIT(leaveTheProcessWithDescendingAddresses(), ::testing::ExitedWithCode(0),
+                ::testing::HasSubstr("[end of A-a][end of A-b][end of B-a][end of B-b][end of B-c]"));
 }
 
 } // namespace
