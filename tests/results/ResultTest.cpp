@@ -312,6 +312,28 @@ TEST(ResultTemplate, ReplacesWhateverHasItsName)
     EXPECT_EQ(result.GetDefaultDisplayTemplate(), given);
 }
 
+TEST(ResultTemplate, MayBeTheOneThatIsThereAlready)
+{
+    Result result;
+    auto* const given = new HostTemplate;
+    ASSERT_EQ(result.SetDefaultDisplayTemplate(given), ER_SUCCESS);
+    EXPECT_EQ(result.SetDefaultDisplayTemplate(given), ER_SUCCESS);
+    EXPECT_EQ(result.GetDefaultDisplayTemplate(), given);
+}
+
+TEST(ResultTemplate, MayStandInTheResultUnderAnotherName)
+{
+    Result result;
+    auto* const former = new HostTemplate;
+    ASSERT_EQ(result.SetDefaultDisplayTemplate(former), ER_SUCCESS);
+    const PropertyHandle life(former);
+    auto* const given = insert(result, std::make_unique<HostTemplate>(QStringLiteral("mine")));
+    EXPECT_EQ(result.SetDefaultDisplayTemplate(given), ER_SUCCESS);
+    EXPECT_EQ(result.GetDefaultDisplayTemplate(), given);
+    EXPECT_TRUE(life.IsExpired());
+    EXPECT_EQ(childNames(result), (QStringList{applicationName, templateName}));
+}
+
 TEST(ResultTemplate, IsNotAPlainFolderOfThatName)
 {
     Result result;
