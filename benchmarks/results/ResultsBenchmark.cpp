@@ -3,7 +3,7 @@
 //     first request for a joined variable, members with one independent each
 //         per member (perMember)               under 5 microseconds
 //         beside a tenth of the members (x)    linear: about 1
-//     a later request                          the same for any number of members
+//     a later request                          one look-up among the children, whatever is joined
 //     comparison of two trees of 1e5 nodes     "Walk" over both beside it: the ratio (x)
 //
 // "perMember" is the time for each member, and "x" the ratio of two times of this run: for FirstRequest that of a
