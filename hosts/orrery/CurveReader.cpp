@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::uint64_t s_mostValues = 100'000'000;
 constexpr std::uint64_t s_blockLength = 1U << 16U;
-constexpr std::uint64_t s_parts = 4000; // a few for each pixel of a picture
+constexpr std::uint64_t s_parts = 1600; // one for each column of pixels of a picture
 
 /// Values of a variable as they are shown.
 class Coordinates

@@ -47,7 +47,6 @@ public:
         : m_application(prepared(&m_argumentCount), m_arguments)
     {
         QLocale::setDefault(QLocale::c());
-        QwtPainter::setPolylineSplitting(false); // the parts of a line would overlap at their ends
         if (QFontDatabase().families().isEmpty())
             throw Failure("no font is installed to write the labels with");
     }
@@ -239,6 +238,19 @@ void setUp(QwtPlot* plot, const Diagram& diagram)
     plot->replot();
 }
 
+// Qwt splits a line to paint it faster. The ends of the parts overlap, which shows in a line of few points; one of
+// very many would take Qt seconds as a whole.
+void choosePainting(const Diagram& diagram)
+{
+    constexpr int mostPoints = 1000;
+    bool isSplit = false;
+    for (const DiagramLine& line : diagram.lines) {
+        for (const QVector<QPointF>& piece : line.pieces)
+            isSplit = isSplit || piece.size() > mostPoints;
+    }
+    QwtPainter::setPolylineSplitting(isSplit);
+}
+
 void render(QwtPlot* plot, QPaintDevice* device, double scale)
 {
     QPainter painter(device);
@@ -294,6 +306,7 @@ void drawDiagram(const Diagram& diagram, const std::string& path)
         fail();
     QwtPlot plot;
     setUp(&plot, diagram);
+    choosePainting(diagram);
     if (hasEnding(path, ".svg"))
         writeSvg(&plot, diagram, &file);
     else if (!writePng(&plot, &file))
