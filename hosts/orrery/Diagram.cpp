@@ -34,7 +34,7 @@ namespace {
 constexpr QSize s_size(880, 520);
 constexpr QRect s_frame(14, 14, 848, 494); // without the margins
 constexpr int s_pixelsPerPoint = 2;        // of a PNG, which is looked at on fine screens too
-constexpr std::size_t s_mostLabels = 20;
+constexpr std::size_t s_mostLabels = 16;   // more don't fit into the height
 
 const QColor s_ink(0x33, 0x33, 0x33);
 const QColor s_gridColor(0xe4, 0xe4, 0xe4);
@@ -70,12 +70,15 @@ private:
 };
 
 // Colours that stay apart for most people who see some colours alike.
-QColor colorOf(std::size_t line)
+const QColor s_colors[] = {{0x00, 0x72, 0xb2}, {0xd5, 0x5e, 0x00}, {0x00, 0x9e, 0x73}, {0xcc, 0x79, 0xa7},
+                           {0x56, 0x4a, 0xa8}, {0xb0, 0x8a, 0x00}, {0x3f, 0xa7, 0xd6}, {0x55, 0x55, 0x55}};
+
+// Each round of the colours has another kind of line.
+QPen penOf(std::size_t line)
 {
-    static const QColor colors[] = {{0x00, 0x72, 0xb2}, {0xd5, 0x5e, 0x00}, {0x00, 0x9e, 0x73},
-                                    {0xcc, 0x79, 0xa7}, {0x56, 0x4a, 0xa8}, {0xb0, 0x8a, 0x00},
-                                    {0x3f, 0xa7, 0xd6}, {0x55, 0x55, 0x55}};
-    return colors[line % std::size(colors)];
+    static const Qt::PenStyle styles[] = {Qt::SolidLine, Qt::DashLine, Qt::DotLine, Qt::DashDotLine};
+    const std::size_t round = line / std::size(s_colors);
+    return {s_colors[line % std::size(s_colors)], 2.0, styles[round % std::size(styles)]};
 }
 
 // From cold to warm by way of dark tones, all of which stand out from white.
@@ -94,12 +97,12 @@ QColor colorBetween(double part)
     return {mixed(a.red(), b.red()), mixed(a.green(), b.green()), mixed(a.blue(), b.blue())};
 }
 
-QColor colorIn(const Diagram& diagram, std::size_t line)
+QPen penIn(const Diagram& diagram, std::size_t line)
 {
     const std::size_t count = diagram.lines.size();
     if (!diagram.isSequence || count < 2)
-        return colorOf(line);
-    return colorBetween(static_cast<double>(line) / static_cast<double>(count - 1));
+        return penOf(line);
+    return {colorBetween(static_cast<double>(line) / static_cast<double>(count - 1)), 2.0};
 }
 
 QFont fontOf(int pixels, bool isBold = false)
@@ -185,12 +188,12 @@ void addGrid(QwtPlot* plot)
 }
 
 // The pieces of a line share its entry in the legend.
-void addLine(QwtPlot* plot, const DiagramLine& line, const QColor& color)
+void addLine(QwtPlot* plot, const DiagramLine& line, const QPen& pen)
 {
     bool isFirst = true;
     for (const QVector<QPointF>& piece : line.pieces) {
         auto* const curve = new QwtPlotCurve(plainText(line.label, fontOf(13)));
-        curve->setPen(color, 2.0);
+        curve->setPen(pen);
         curve->setRenderHint(QwtPlotItem::RenderAntialiased);
         curve->setLegendAttribute(QwtPlotCurve::LegendShowLine);
         curve->setLegendIconSize(QSize(22, 10));
@@ -198,7 +201,7 @@ void addLine(QwtPlot* plot, const DiagramLine& line, const QColor& color)
         if (piece.size() == 1) // a line of one point can't be seen
             curve->setStyle(QwtPlotCurve::Dots);
         if (piece.size() == 1)
-            curve->setPen(color, 6.0);
+            curve->setPen(pen.color(), 6.0);
         curve->setSamples(piece);
         curve->attach(plot);
         isFirst = false;
@@ -231,7 +234,7 @@ void setUp(QwtPlot* plot, const Diagram& diagram)
     if (hasLegend && !diagram.legendTitle.isEmpty())
         (new LegendTitle(diagram.legendTitle))->attach(plot);
     for (std::size_t i = 0; i < count; ++i)
-        addLine(plot, diagram.lines[i], colorIn(diagram, i));
+        addLine(plot, diagram.lines[i], penIn(diagram, i));
     plot->resize(s_frame.size());
     plot->updateAxes();
     plot->updateLegend();

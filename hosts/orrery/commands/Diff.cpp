@@ -5,7 +5,7 @@
 #include "hosts/orrery/TreeComparison.h"
 #include "hosts/orrery/commands/Commands.h"
 
-#include <cstdint>
+#include <exception>
 #include <memory>
 #include <new>
 #include <string>
@@ -88,6 +88,8 @@ void runDiff(const DiffOptions& options, Output& out)
         throw Trouble(failure.what());
     } catch (const std::bad_alloc&) {
         throw Trouble("there is not enough memory");
+    } catch (const std::exception& error) {
+        throw Trouble(printable(error.what()));
     }
     if (isDifferent)
         throw Ended{ExitFailed};

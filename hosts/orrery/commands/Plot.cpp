@@ -184,7 +184,7 @@ void addPath(DataFile& file, const std::string& fileName, const std::string& pat
 
 QString axisLabel(const QString& name, const std::optional<Units>& units)
 {
-    return asText(printable(name.toStdString()) + unitsSuffix(units));
+    return asText(printable(name.toStdString()) + unitsSuffix(units)).trimmed();
 }
 
 // One name for all lines if they have one, else none: the legend tells them.
@@ -210,12 +210,19 @@ bool namesTell(const std::vector<LineSource>& lines)
     return true;
 }
 
+// A legend has its place beside the lines, and must not take theirs.
+QString shortened(const QString& name)
+{
+    constexpr int most = 40;
+    return name.size() <= most ? name : name.left(most / 2) + QChar(0x2026) + name.right(most / 2);
+}
+
 QString lineLabel(const LineSource& line, const Sources& sources, bool isNamed)
 {
     if (sources.paths == 1)
-        return line.values;
+        return shortened(line.values);
     const QString name = isNamed ? line.name : line.path;
-    return joinedLabels(asText(printable(name.toStdString())), line.values);
+    return joinedLabels(shortened(asText(printable(name.toStdString()))), shortened(line.values));
 }
 
 void addLines(const Sources& sources, const CurveOptions& options, Diagram* diagram)

@@ -111,6 +111,15 @@ class DiffTest(command_test.CommandTest):
         self.assertTrue(lines[1].startswith("/a/dc1/x/Data: 1 of 3 values differs: "), lines)
         self.assertEqual(len(lines), 2)
 
+    def test_computed_variables_are_compared_by_what_they_are_made_from(self):
+        subprocess.run([ODD_FILES, "odd.h5"], cwd=self.folder, check=True, timeout=60)
+        self.good("copy", "odd.h5", "-o", "copy.h5")
+        self.assertEqual(self.good("diff", "odd.h5", "copy.h5"), "")
+        lines = self.different("odd.h5", "a.h5")
+        self.assertIn("/huge: only in odd.h5", lines)
+        self.assertIn("/itself: only in odd.h5", lines)
+        self.assertIn("/a: only in a.h5", lines)
+
     def test_trouble_is_2(self):
         self.write("text", b"hello\n")
         self.assertEqual(self.fails(2, "diff", "a.h5", "none.h5"), "none.h5: No such file or directory")
