@@ -162,7 +162,7 @@ AbstractProperty* PropertyReference::ResolveExternalRef() const
 
 QString PropertyReference::ReferencePath() const
 {
-    if (const AbstractProperty* const target = ReachableTarget()) {
+    if (const AbstractProperty* const target = BoundTarget()) {
         if (areInOneTree(*this, *target))
             return relativePath(*this, *target);
         return hasFilePath(*target) ? target->GetFullPath() : QString();
@@ -173,7 +173,7 @@ QString PropertyReference::ReferencePath() const
 
 QString PropertyReference::ReferenceFilePath() const
 {
-    if (const AbstractProperty* const target = ReachableTarget())
+    if (const AbstractProperty* const target = BoundTarget())
         return areInOneTree(*this, *target) ? QString() : pathOf(target->GetDataFile());
     TakeOverDeparture();
     return m_filePath;
@@ -181,7 +181,7 @@ QString PropertyReference::ReferenceFilePath() const
 
 QString PropertyReference::ReferenceFileType() const
 {
-    if (const AbstractProperty* const target = ReachableTarget())
+    if (const AbstractProperty* const target = BoundTarget())
         return areInOneTree(*this, *target) ? QString() : typeOf(target->GetDataFile());
     TakeOverDeparture();
     return m_fileType;
@@ -248,12 +248,11 @@ void PropertyReference::SetExternalResolver(ExternalResolver resolver)
 
 AbstractProperty* PropertyReference::Target() const
 {
-    AbstractProperty* const target = ReachableTarget();
+    AbstractProperty* const target = BoundTarget();
     return target ? target : LookUp();
 }
 
-// The node that this reference is bound to, if it lives and stands where a reference from here may lead.
-AbstractProperty* PropertyReference::ReachableTarget() const
+AbstractProperty* PropertyReference::BoundTarget() const
 {
     AbstractProperty* const target = m_target.Get();
     return target && Internal::canReach(*this, *target) ? target : nullptr;
@@ -300,7 +299,7 @@ void PropertyReference::ForgetPath() const
 void PropertyReference::RememberPath() const
 {
     BindByPath();
-    if (const AbstractProperty* const target = ReachableTarget())
+    if (const AbstractProperty* const target = BoundTarget())
         RememberPathOf(*target);
     else
         TakeOverDeparture();
@@ -309,7 +308,7 @@ void PropertyReference::RememberPath() const
 // To be called while the root of the tree still tells where a lost target stood.
 void PropertyReference::RememberLostTarget() const
 {
-    if (NodeAccess::life(m_target) && !ReachableTarget())
+    if (NodeAccess::life(m_target) && !BoundTarget())
         TakeOverPath();
 }
 

@@ -69,6 +69,10 @@ public:
     AbstractProperty* Resolve() const;
     const AbstractProperty* ResolveConst() const;
 
+    /// The node that this reference is bound to, if it lives and stands where a reference from here may lead; null
+    /// for one that isn't bound, or would have to be looked up. Runs no code of a host, which a look-up may.
+    AbstractProperty* BoundTarget() const;
+
     /// Bind the reference. It should have its place in the tree by then.
     ///
     /// Errors: ER_INVALID_ARGUMENT for null, for the reference itself, and for a target in another tree
@@ -94,7 +98,6 @@ private:
     friend struct Internal::NodeAccess;
 
     AbstractProperty* Target() const;
-    AbstractProperty* ReachableTarget() const;
     AbstractProperty* LookUp() const;
     AbstractProperty* LookUpOutside() const;
     void BindByPath() const;
