@@ -2,13 +2,14 @@
 
 #include "variables/OffsetCountRun_p.h"
 
-#include <limits>
+#include <algorithm>
 
 namespace Orrery {
 namespace {
 
 thread_local const ReadInProgress* s_innermost = nullptr;
 thread_local std::uint64_t s_tooDeep = 0;
+thread_local std::uint64_t s_asked = 0;
 
 } // namespace
 
@@ -16,6 +17,8 @@ ReadInProgress::ReadInProgress(const AbstractProperty& object) noexcept
     : m_object(&object)
 {
     const ReadInProgress* const outer = s_innermost;
+    if (!outer)
+        s_asked = 0;
     if (outer && outer->m_depth >= MaxDepth) {
         OffsetCountRun::noteNestingDependence();
         ++s_tooDeep;
@@ -53,18 +56,28 @@ void ReadInProgress::noteTooDeep() noexcept
     ++s_tooDeep;
 }
 
-std::uint64_t ReadInProgress::nestedElements() noexcept
+void ReadInProgress::noteAsked(std::uint64_t members) noexcept
 {
-    std::uint64_t sum = 0;
+    s_asked += members;
+}
+
+std::uint64_t ReadInProgress::askedCount() noexcept
+{
+    return s_asked;
+}
+
+std::uint64_t ReadInProgress::expectedBetween() noexcept
+{
+    std::uint64_t most = 0;
     std::uint64_t outermost = 0;
-    for (const ReadInProgress* read = s_innermost; read; read = read->m_outer) {
+    for (const ReadInProgress* read = s_innermost ? s_innermost->m_outer : nullptr; read;
+         read = read->m_outer) {
         if (read->m_expected == 0)
             continue;
-        if (__builtin_add_overflow(sum, outermost, &sum))
-            return std::numeric_limits<std::uint64_t>::max();
+        most = std::max(most, outermost);
         outermost = read->m_expected;
     }
-    return sum;
+    return most;
 }
 
 } // namespace Orrery

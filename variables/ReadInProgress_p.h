@@ -39,12 +39,19 @@ public:
     /// Count a read as refused for that: of what was put together while others were.
     static void noteTooDeep() noexcept;
 
+    /// Count members that are asked for their offsets.
+    static void noteAsked(std::uint64_t members) noexcept;
+
+    /// How many members were asked since the outermost noted read on this thread began: the work so far of all
+    /// reads that it is made of.
+    static std::uint64_t askedCount() noexcept;
+
     /// Tell how many elements the read of this object is going to put together in memory.
     void expectElements(std::uint64_t count) noexcept { m_expected = count; }
 
-    /// What the noted reads on this thread expect that the outermost expecting one contains; 0 without any. A
-    /// sum past 64 bits is the largest number.
-    static std::uint64_t nestedElements() noexcept;
+    /// The most elements that any noted read on this thread expects which contains the innermost one and is
+    /// contained in the outermost one; 0 without any.
+    static std::uint64_t expectedBetween() noexcept;
 
 private:
     const AbstractProperty* m_object;

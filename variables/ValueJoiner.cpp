@@ -57,12 +57,12 @@ std::uint64_t memoryOfMachine()
 }
 
 /// Nested joins are put together from the inside. Where they double what they contain, level by level, the
-/// first of them already knows that the last can't be held; the memory would be full long before that one
-/// fails.
+/// first of them already knows that one further out can't be held; the memory would be full long before that
+/// one fails. Levels don't add up: the pieces of one are gone when the next has them.
 void expectRoomForNested(std::size_t elementSize)
 {
     constexpr std::uint64_t copies = 3; // the pieces, what they are joined to, and its place in the outer one
-    const std::uint64_t elements = ReadInProgress::nestedElements();
+    const std::uint64_t elements = ReadInProgress::expectedBetween();
     if (elements != 0 && elements > memoryOfMachine() / copies / elementSize)
         throw std::bad_alloc();
 }
