@@ -1,8 +1,12 @@
 #include "variables/ConcatMembers_p.h"
 
 #include "foundations/property/PropertyReference.h"
+#include "variables/ConcatVar.h"
 #include "variables/ExplicitDataVar.h"
+#include "variables/OffsetCountRun_p.h"
+#include "variables/RangeVar.h"
 #include "variables/ReadInProgress_p.h"
+#include "variables/SweptVariable.h"
 #include "variables/Variable.h"
 
 #include <algorithm>
@@ -26,10 +30,11 @@ void prefetch([[maybe_unused]] const void* object, [[maybe_unused]] std::size_t 
 #endif
 }
 
-AbstractProperty* targetOf(AbstractProperty& child)
+const AbstractProperty* targetOf(AbstractProperty& child)
 {
-    if (isExactly<PropertyReference>(child))
-        return static_cast<PropertyReference&>(child).Resolve();
+    if (const AbstractProperty* const found = targetAtHand(child))
+        return found;
+    const OffsetCountRun::Pause pause;
     const unsigned int flags = child.GetTypeFlags();
     if ((flags & PropertyTypeFlagVariable) != 0)
         return &child;
@@ -46,6 +51,16 @@ const Variable* asVariable(const AbstractProperty* node)
 }
 
 } // namespace
+
+const AbstractProperty* targetAtHand(const AbstractProperty& child)
+{
+    if (isExactly<PropertyReference>(child))
+        return static_cast<const PropertyReference&>(child).BoundTarget();
+    const bool isVariable = isExactly<Variable>(child) || isExactly<ExplicitDataVar>(child) ||
+                            isExactly<RangeVar>(child) || isExactly<ConcatVar>(child) ||
+                            isExactly<SweptVariable>(child);
+    return isVariable ? &child : nullptr;
+}
 
 ERESULT addMember(PropertyObject& owner, const Variable* variable)
 {
@@ -75,13 +90,20 @@ AbstractProperty* ConcatMembers::child() const
     return m_held[m_held.size() - fromEnd].Get();
 }
 
-AbstractProperty* ConcatMembers::target()
+/// The target of the present child, if it is at hand and nothing is held yet.
+const AbstractProperty* ConcatMembers::atHand()
 {
-    if (m_held.empty()) {
-        lookAhead();
-        if (AbstractProperty* const found = m_ahead[static_cast<std::size_t>(m_next - 1) % m_ahead.size()])
-            return found;
-    }
+    if (!m_held.empty())
+        return nullptr;
+    lookAhead();
+    return m_ahead[static_cast<std::size_t>(m_next - 1) % m_ahead.size()];
+}
+
+const AbstractProperty* ConcatMembers::target()
+{
+    if (const AbstractProperty* const found = atHand())
+        return found;
+    hold();
     AbstractProperty* const node = child();
     return node ? targetOf(*node) : nullptr;
 }
@@ -95,11 +117,8 @@ void ConcatMembers::lookAhead()
     const int length = static_cast<int>(m_ahead.size());
     const int end = std::min(m_children.size(), present + length);
     for (; m_lookedUp < end; ++m_lookedUp) {
-        AbstractProperty& node = *m_children.at(m_lookedUp);
-        AbstractProperty*& found = m_ahead[static_cast<std::size_t>(m_lookedUp) % m_ahead.size()];
-        // Others may run code of a host, so that they are asked in their turn only.
-        found =
-            isExactly<PropertyReference>(node) ? static_cast<PropertyReference&>(node).Resolve() : nullptr;
+        const AbstractProperty*& found = m_ahead[static_cast<std::size_t>(m_lookedUp) % m_ahead.size()];
+        found = targetAtHand(*m_children.at(m_lookedUp));
         prefetch(found, sizeof(Variable));
         if (m_lookedUp + length / 2 < m_children.size())
             prefetch(m_children.at(m_lookedUp + length / 2), sizeof(PropertyReference));
@@ -117,15 +136,18 @@ bool ConcatMembers::resolve()
     if (!variable || ReadInProgress::covers(*variable))
         return false;
     m_member = MemberReader(*variable);
-    if (!m_member.isPlain() && m_held.empty())
-        holdRemaining();
+    if (!m_member.isPlain())
+        hold();
     return true;
 }
 
-void ConcatMembers::holdRemaining()
+void ConcatMembers::hold()
 {
-    m_held.reserve(static_cast<std::size_t>(m_children.size() - m_next) + 1);
-    for (int i = m_next - 1; i < m_children.size(); ++i)
+    if (!m_held.empty())
+        return;
+    const int first = std::max(m_next - 1, 0);
+    m_held.reserve(static_cast<std::size_t>(m_children.size() - first));
+    for (int i = first; i < m_children.size(); ++i)
         m_held.emplace_back(m_children.at(i));
 }
 

@@ -19,6 +19,10 @@ class Variable;
 /// Errors: those of PropertyObject::nextNumberedChildName and SetPropertyRef.
 ERESULT addMember(PropertyObject& owner, const Variable* variable);
 
+/// What a child is or refers to, as far as that can be told without code of a host; null for one that has to
+/// be resolved.
+const AbstractProperty* targetAtHand(const AbstractProperty& child);
+
 /// The members of a concatenation in order, as its folder holds them when the walk begins.
 ///
 /// A member may run code of a host when it is read, which may change the tree. A member that is destroyed
@@ -35,8 +39,15 @@ public:
     /// Go on to the next member; false behind the last one.
     bool next();
 
+    /// To be called before code of a host runs that has nothing to do with the members: it may destroy those
+    /// to come. What the walk itself runs needs no such care.
+    void hold();
+
     /// Go back by one member, so that next() comes to the present one again.
     void back() { --m_next; }
+
+    /// Whether resolve() runs no code of a host. False once there may have been such code.
+    bool isAtHand() { return atHand() != nullptr; }
 
     /// Resolve the present member: the child itself, or what the child refers to. False if it doesn't
     /// resolve: it is neither, or no Variable, or being read on this thread already.
@@ -50,18 +61,18 @@ public:
 
 private:
     AbstractProperty* child() const;
-    AbstractProperty* target();
+    const AbstractProperty* atHand();
+    const AbstractProperty* target();
     void lookAhead();
-    void holdRemaining();
 
     QList<AbstractProperty*> m_children;
     std::vector<PropertyHandle> m_held; // the last children of the list, from the first one on that needs it
     int m_next = 0;
     MemberReader m_member;
 
-    // Targets of the children from the present one on, as far as they have been looked up; by position modulo
-    // length.
-    std::array<AbstractProperty*, 8> m_ahead = {};
+    // Targets at hand of the children from the present one on, as far as they have been looked up; by position
+    // modulo length. Not to be used once children are held.
+    std::array<const AbstractProperty*, 8> m_ahead = {};
     int m_lookedUp = 0;
 };
 

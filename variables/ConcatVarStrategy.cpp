@@ -138,12 +138,12 @@ std::uint64_t ConcatVarStrategy::GetMaxIndepOffset() const
     if (reading.isRefused())
         return 0;
     ConcatMembers members(owner);
-    OffsetCountRun run(reading, members.count());
+    OffsetCountRun run(owner, reading, members.count());
     while (members.next()) {
         if (members.resolve())
             sum += members.member().GetMaxIndepOffset();
     }
-    return run.keep(owner, sum);
+    return run.keep(sum);
 }
 
 std::uint64_t ConcatVarStrategy::GetElementDimCount() const

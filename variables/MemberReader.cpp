@@ -1,9 +1,13 @@
 #include "variables/MemberReader_p.h"
 
 #include "foundations/property/SimpleProperty.h"
+#include "variables/ConcatVar.h"
 #include "variables/ExplicitDataVar.h"
+#include "variables/OffsetCountRun_p.h"
 #include "variables/RangeVar.h"
+#include "variables/SweptVariable.h"
 
+#include <memory>
 #include <typeinfo>
 
 namespace Orrery {
@@ -41,7 +45,24 @@ std::uint64_t MemberReader::GetMaxIndepOffset()
     m_vector = m_plain ? findVector() : nullptr;
     if (m_vector)
         return m_vector->getDimensions()[0];
-    return m_plain ? m_plain->GetMaxIndepOffset() : m_variable->GetMaxIndepOffset();
+    if (m_plain)
+        return m_plain->GetMaxIndepOffset();
+    if (asksMembersOnly())
+        return m_variable->GetMaxIndepOffset();
+    const OffsetCountRun::Pause pause;
+    return m_variable->GetMaxIndepOffset();
+}
+
+/// Whether no code but that of this library runs until a member is asked for its offsets.
+bool MemberReader::asksMembersOnly() const
+{
+    const Variable& variable = *m_variable;
+    if (!isExactly<ConcatVar>(variable) && !isExactly<SweptVariable>(variable) &&
+        !isExactly<Variable>(variable))
+        return false;
+    const std::shared_ptr<IVariableStrategy> strategy = variable.strategyInUse();
+    return strategy && (isExactly<ConcatVarStrategy>(*strategy) || isExactly<SweptVarStrategy>(*strategy)) &&
+           variable.strategyOwner().get() == &variable;
 }
 
 ERESULT MemberReader::GetValueAt(BVariant* out, std::uint64_t offset) const

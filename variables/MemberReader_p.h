@@ -42,6 +42,7 @@ public:
 
 private:
     const BVariant* findVector() const;
+    bool asksMembersOnly() const;
 
     const Variable* m_variable = nullptr;
     const IVariableStrategy* m_plain =

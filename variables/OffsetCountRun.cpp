@@ -9,31 +9,54 @@ namespace {
 
 thread_local OffsetCountRun* s_innermost = nullptr;
 
-/// Asked members after which a run keeps every count: some milliseconds.
-constexpr std::uint64_t s_patience = 1U << 20U;
+/// Whether so many members were asked, which takes some milliseconds, that every count is kept from now on.
+bool isOutOfPatience()
+{
+    constexpr std::uint64_t patience = 1U << 20U;
+    return ReadInProgress::askedCount() > patience;
+}
 
 } // namespace
 
+OffsetCountRun::Pause::Pause() noexcept
+    : m_paused(s_innermost && !s_innermost->m_isPaused ? s_innermost : nullptr)
+{
+    if (m_paused)
+        m_paused->m_isPaused = true;
+}
+
+OffsetCountRun::Pause::~Pause()
+{
+    if (!m_paused)
+        return;
+    m_paused->m_isPaused = false;
+    if (!isOutOfPatience())
+        m_paused->m_run->counts.clear();
+}
+
 bool OffsetCountRun::find(const AbstractProperty& object, std::uint64_t* count)
 {
-    if (!s_innermost)
+    if (!s_innermost || s_innermost->m_isPaused)
         return false;
     const auto& counts = s_innermost->m_run->counts;
     const auto found = counts.find(&object);
-    if (found == counts.end())
+    if (found == counts.end() || found->second.object.IsExpired())
         return false;
-    *count = found->second;
+    *count = found->second.count;
     return true;
 }
 
-OffsetCountRun::OffsetCountRun(const ReadInProgress& read, std::uint64_t members)
+OffsetCountRun::OffsetCountRun(const AbstractProperty& object, const ReadInProgress& read,
+                               std::uint64_t members)
     : m_outer(s_innermost)
-    , m_run(m_outer ? m_outer->m_run : &m_ownRun)
+    , m_isOutermost(!m_outer || m_outer->m_isPaused)
+    , m_ownRun{{}, m_outer, read.depth()}
+    , m_run(m_isOutermost ? &m_ownRun : m_outer->m_run)
     , m_depth(read.depth())
 {
-    if (!m_outer)
-        m_ownRun.depth = m_depth;
-    m_run->work += members + 1;
+    if (!m_isOutermost)
+        m_object = PropertyHandle(&object);
+    ReadInProgress::noteAsked(members + 1);
     s_innermost = this;
 }
 
@@ -45,23 +68,30 @@ OffsetCountRun::~OffsetCountRun()
         noteDependence(m_dependsOn);
 }
 
-std::uint64_t OffsetCountRun::keep(const AbstractProperty& object, std::uint64_t count)
+std::uint64_t OffsetCountRun::keep(std::uint64_t count)
 {
-    if (m_outer && (m_dependsOn >= m_depth || m_run->work > s_patience))
-        m_run->counts.emplace(&object, count);
+    if (const AbstractProperty* const object = m_object.Get()) {
+        if (m_dependsOn == s_nothing || isOutOfPatience())
+            m_run->counts.insert_or_assign(object, Kept{m_object, count});
+    }
     return count;
 }
 
+/// Of the runs that interrupt one another it is the business of the innermost one that began before that
+/// read.
 void OffsetCountRun::noteDependence(int depth) noexcept
 {
-    if (s_innermost && depth >= s_innermost->m_run->depth)
-        s_innermost->m_dependsOn = std::min(s_innermost->m_dependsOn, depth);
+    OffsetCountRun* count = s_innermost;
+    while (count && depth < count->m_run->depth)
+        count = count->m_run->paused;
+    if (count)
+        count->m_dependsOn = std::min(count->m_dependsOn, depth);
 }
 
 void OffsetCountRun::noteNestingDependence() noexcept
 {
-    if (s_innermost)
-        noteDependence(s_innermost->m_run->depth);
+    for (OffsetCountRun* count = s_innermost; count; count = count->m_run->paused)
+        count->m_dependsOn = std::min(count->m_dependsOn, count->m_run->depth);
 }
 
 } // namespace Orrery

@@ -4,6 +4,7 @@
 #include "foundations/property/PropertyReference.h"
 #include "variables/ConcatMembers_p.h"
 #include "variables/ConcatVar.h"
+#include "variables/OffsetCountRun_p.h"
 #include "variables/ReadInProgress_p.h"
 #include "variables/SweptValues_p.h"
 
@@ -19,10 +20,15 @@ template <class T>
 const T* linked(const PropertyObject& owner, const QString& name)
 {
     const AbstractProperty* node = owner.GetPropertyConstPtr(name);
-    if (node && node->IsPropertyReference()) {
+    if (!node)
+        return nullptr;
+    if (const AbstractProperty* const found = targetAtHand(*node))
+        return dynamic_cast<const T*>(found);
+    const OffsetCountRun::Pause pause;
+    if (node->IsPropertyReference()) {
         const auto* const reference = dynamic_cast<const PropertyReference*>(node);
         node = reference ? reference->ResolveConst() : nullptr;
-    } else if (node && !node->IsVariable()) {
+    } else if (!node->IsVariable()) {
         node = nullptr;
     }
     return dynamic_cast<const T*>(node);
@@ -42,8 +48,9 @@ class Sources
 {
 public:
     Sources(const PropertyObject& sweep, const QString& parameter, const QString& concatenation)
-        : m_parameter(linked<Variable>(sweep, parameter))
-        , m_concatenation(linked<ConcatVar>(sweep, concatenation))
+        : m_sweep(&sweep)
+        , m_parameter(linked<Variable>(sweep, parameter))
+        , m_concatenation(m_sweep.IsExpired() ? nullptr : linked<ConcatVar>(sweep, concatenation))
     {
     }
 
@@ -64,12 +71,16 @@ private:
                    std::uint64_t length) const;
     ERESULT parameterAt(BVariant* out, std::uint64_t position) const;
 
-    PropertyHandle m_parameter; // a member may run code of a host that destroys it
+    // Whatever is resolved or read may run code of a host that destroys them.
+    PropertyHandle m_sweep;
+    PropertyHandle m_parameter;
     PropertyHandle m_concatenation;
 };
 
 ERESULT Sources::check() const
 {
+    if (m_sweep.IsExpired())
+        return ER_FAILED;
     const AbstractProperty* const parameter = m_parameter.Get();
     const AbstractProperty* const concatenation = m_concatenation.Get();
     if (!parameter || !concatenation)
@@ -93,9 +104,11 @@ bool Sources::nextSizes(ConcatMembers& members, std::size_t most, std::vector<st
     if (reading.isRefused())
         return false;
     while (sizes->size() < most && members.next()) {
-        if (!members.resolve())
+        const bool isFirst = sizes->empty();
+        const bool isReadNow = isFirst || members.isAtHand();
+        if (isReadNow && !members.resolve())
             return false;
-        if (!members.member().isPlain() && !sizes->empty()) {
+        if (!isReadNow || (!isFirst && !members.member().isPlain())) {
             members.back();
             break;
         }
@@ -139,6 +152,8 @@ ERESULT Sources::fill(SweptValues& values, MemberRuns runs, ERESULT code) const
         return ER_FAILED;
     ConcatMembers members(*static_cast<const ConcatVar*>(m_concatenation.Get()));
     const bool isPlain = MemberReader(*static_cast<const Variable*>(m_parameter.Get())).isPlain();
+    if (!isPlain)
+        members.hold();
     std::vector<std::uint64_t> sizes;
     std::uint64_t position = 0;
     bool areThere = true;
@@ -269,7 +284,7 @@ std::uint64_t SweptVarStrategy::GetMaxIndepOffset() const
     const ReadInProgress reading(*backRef());
     const ConcatVar* const concatenation =
         reading.isRefused() ? nullptr : linked<ConcatVar>(*backRef(), sConcatData());
-    return concatenation ? concatenation->GetMaxIndepOffset() : 0;
+    return concatenation ? MemberReader(*concatenation).GetMaxIndepOffset() : 0;
 }
 
 std::uint64_t SweptVarStrategy::GetElementDimCount() const
