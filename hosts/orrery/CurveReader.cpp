@@ -205,12 +205,14 @@ const Variable* firstAxisOf(const Variable& variable)
 
 std::optional<Units> shownUnitsOf(const Variable& variable)
 {
-    const std::optional<Units> units = unitsOf(variable);
+    std::optional<Units> units = unitsOf(variable);
     const Units* shown = nullptr;
     if (!units || variable.GetDisplayUnits(&shown) < 0 || !shown->IsValid())
         return units;
     const Units display = recognized(*shown);
-    return display.IsCommensurable(*units) ? display : units;
+    if (display.IsCommensurable(*units))
+        units = display;
+    return units;
 }
 
 Curve readCurve(const Variable& variable, const CurveOptions& options)

@@ -177,9 +177,10 @@ void addPath(DataFile& file, const std::string& fileName, const std::string& pat
     const AbstractProperty* const node = findNode(file, fileName, path);
     if (dynamic_cast<const ParameterizedResultData*>(node))
         throw Failure("is a sweep; put the name of one of its variables behind the path");
-    if (!node->IsVariable())
+    const auto* const variable = dynamic_cast<const Variable*>(node);
+    if (!variable)
         throw Failure("is no variable");
-    sources->lines.push_back({static_cast<const Variable*>(node), node->GetName(), sources->path, QString()});
+    sources->lines.push_back({variable, variable->GetName(), sources->path, QString()});
 }
 
 QString axisLabel(const QString& name, const std::optional<Units>& units)
