@@ -15,8 +15,9 @@ SweptVariable::SweptVariable(const QString& name)
     Init();
 }
 
-SweptVariable::SweptVariable(const SweptVariable& other)
-    : Variable() // the assignment brings the rest
+// The assignment brings what the base class would copy.
+SweptVariable::SweptVariable(const SweptVariable& other) // NOLINT(bugprone-copy-constructor-init)
+    : Variable()                                         // the assignment brings the rest
 {
     operator=(other);
 }
