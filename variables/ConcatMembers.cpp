@@ -79,6 +79,8 @@ bool ConcatMembers::next()
     if (m_next >= m_children.size())
         return false;
     ++m_next;
+    if (m_held.empty())
+        lookAhead();
     return true;
 }
 
@@ -91,12 +93,9 @@ AbstractProperty* ConcatMembers::child() const
 }
 
 /// The target of the present child, if it is at hand and nothing is held yet.
-const AbstractProperty* ConcatMembers::atHand()
+const AbstractProperty* ConcatMembers::atHand() const
 {
-    if (!m_held.empty())
-        return nullptr;
-    lookAhead();
-    return m_ahead[static_cast<std::size_t>(m_next - 1) % m_ahead.size()];
+    return m_held.empty() ? m_ahead[static_cast<std::size_t>(m_next - 1) % m_ahead.size()] : nullptr;
 }
 
 const AbstractProperty* ConcatMembers::target()

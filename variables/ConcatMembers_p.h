@@ -47,7 +47,7 @@ public:
     void back() { --m_next; }
 
     /// Whether resolve() runs no code of a host. False once there may have been such code.
-    bool isAtHand() { return atHand() != nullptr; }
+    bool isAtHand() const { return atHand() != nullptr; }
 
     /// Resolve the present member: the child itself, or what the child refers to. False if it doesn't
     /// resolve: it is neither, or no Variable, or being read on this thread already.
@@ -61,7 +61,7 @@ public:
 
 private:
     AbstractProperty* child() const;
-    const AbstractProperty* atHand();
+    const AbstractProperty* atHand() const;
     const AbstractProperty* target();
     void lookAhead();
 

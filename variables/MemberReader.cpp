@@ -24,9 +24,18 @@ bool isExactly(const T& object)
 MemberReader::MemberReader(const Variable& variable)
     : m_variable(&variable)
 {
-    if (isExactly<ExplicitDataVar>(variable) || isExactly<Variable>(variable) ||
-        isExactly<RangeVar>(variable))
-        m_plain = variable.plainStrategy();
+    if (!isExactly<ExplicitDataVar>(variable) && !isExactly<Variable>(variable) &&
+        !isExactly<RangeVar>(variable))
+        return;
+    m_plain = variable.plainStrategy();
+    if (!m_plain || !isExactly<ExplicitDataVarStrategy>(*m_plain))
+        return;
+    // What else stands there is destroyed when it is read, by which it may run code of a host.
+    const AbstractProperty* const data = variable.GetPropertyConstPtr(ExplicitDataVar::getDataPropName());
+    if (data && isExactly<SimpleProperty>(*data))
+        m_data = static_cast<const SimpleProperty*>(data);
+    else
+        m_plain = nullptr;
 }
 
 void MemberReader::prefetch([[maybe_unused]] const AbstractProperty& node)
@@ -42,7 +51,7 @@ void MemberReader::prefetch([[maybe_unused]] const AbstractProperty& node)
 
 std::uint64_t MemberReader::GetMaxIndepOffset()
 {
-    m_vector = m_plain ? findVector() : nullptr;
+    m_vector = findVector();
     if (m_vector)
         return m_vector->getDimensions()[0];
     if (m_plain)
@@ -78,12 +87,9 @@ ERESULT MemberReader::GetValueRange(BVariant* out, std::uint64_t start, std::uin
 /// Only of a Variable that is up to date; else the strategy has to make it so.
 const BVariant* MemberReader::findVector() const
 {
-    if (!isExactly<ExplicitDataVarStrategy>(*m_plain) || !m_variable->getDirtyTracker()->isClean())
+    if (!m_data || !m_variable->getDirtyTracker()->isClean())
         return nullptr;
-    const AbstractProperty* const data = m_variable->GetPropertyConstPtr(ExplicitDataVar::getDataPropName());
-    if (!data || !isExactly<SimpleProperty>(*data))
-        return nullptr;
-    const BVariant& value = static_cast<const SimpleProperty*>(data)->GetValueRef();
+    const BVariant& value = m_data->GetValueRef();
     return value.getDimensions().size() == 1 ? &value : nullptr;
 }
 

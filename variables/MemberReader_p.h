@@ -11,6 +11,7 @@ using Brindle::Quay::BVariant;
 
 class AbstractProperty;
 class IVariableStrategy;
+class SimpleProperty;
 class Variable;
 
 /// Reads one of many variables, as its virtual operations do.
@@ -46,7 +47,8 @@ private:
 
     const Variable* m_variable = nullptr;
     const IVariableStrategy* m_plain =
-        nullptr; // null for a Variable whose virtual operations are to be asked
+        nullptr;                            // null for a Variable whose virtual operations are to be asked
+    const SimpleProperty* m_data = nullptr; // where a plain one stores its elements; null if it doesn't
     const BVariant* m_vector = nullptr;
 };
 

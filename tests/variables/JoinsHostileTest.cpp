@@ -41,6 +41,34 @@ private:
     std::function<void()> m_reaction;
 };
 
+/// A host's node, which runs its code when it is destroyed.
+class HostLeaf : public AbstractProperty
+{
+public:
+    HostLeaf(const QString& name, std::function<void()> onEnd)
+        : AbstractProperty(name)
+        , m_onEnd(std::move(onEnd))
+    {
+    }
+    HostLeaf(const HostLeaf&) = delete;
+    HostLeaf& operator=(const HostLeaf&) = delete;
+    ~HostLeaf() override { m_onEnd(); }
+
+    const QString& PropertyObjType() const override
+    {
+        static const QString type = QStringLiteral("HostLeaf");
+        return type;
+    }
+    unsigned int GetTypeFlags() const override { return 0; }
+    AbstractProperty* DoClone() const override
+    {
+        return new HostLeaf(GetName(), [] {});
+    }
+
+private:
+    std::function<void()> m_onEnd;
+};
+
 /// What the process asks for nodes of other files, as long as it lives: its code.
 class HostResolver
 {
@@ -198,6 +226,32 @@ TEST_F(HostileJoins, AHostsReferenceMayDestroyTheMembersToCome)
                                                [this] { destroyReferences(); }));
     EXPECT_EQ(c->GetMaxIndepOffset(), 2u);
     EXPECT_EQ(numberedNames(*c), QStringList(QStringLiteral("0")));
+}
+
+TEST_F(HostileJoins, WhatStandsInTheDataOfAMemberMayDestroyTheMembersToCome)
+{
+    fillWithMany();
+    auto* const first = top.GetPtr<Variable>(QStringLiteral("m0"));
+    first->DeleteProperty(QStringLiteral("Data"));
+    ASSERT_NE(
+        insert(*first, std::make_unique<HostLeaf>(QStringLiteral("Data"), [this] { destroyTargets(); })),
+        nullptr);
+    EXPECT_EQ(c->GetMaxIndepOffset(), 0u);
+    EXPECT_EQ(c->GetMaxIndepOffset(), 0u);
+}
+
+TEST_F(HostileJoins, AReferenceTellsWhatItIsBoundToWithoutALookUp)
+{
+    Variable* const x = insertData(top, QStringLiteral("x"), numbers({1, 2}));
+    auto* const reference = insert(top, std::make_unique<PropertyReference>(QStringLiteral("r")));
+    EXPECT_EQ(reference->BoundTarget(), nullptr);
+    reference->RestorePath(QStringLiteral("../x"));
+    EXPECT_EQ(reference->BoundTarget(), nullptr);
+    ASSERT_EQ(reference->Resolve(), x); // which binds it
+    EXPECT_EQ(reference->BoundTarget(), x);
+    top.DeleteProperty(QStringLiteral("x"));
+    insertData(top, QStringLiteral("x"), numbers({3}));
+    EXPECT_EQ(reference->BoundTarget(), nullptr);
 }
 
 TEST_F(HostileJoins, ASweepReadsItsParameterBeforeTheNextMemberIsLookedUp)
