@@ -3,6 +3,7 @@
 #include "foundations/variant/VariantOperations.h"
 #include "variables/DataProperty_p.h"
 #include "variables/GetAt_p.h"
+#include "variables/OffsetCount_p.h"
 #include "variables/Variable.h"
 
 #include <algorithm>
@@ -10,16 +11,6 @@
 
 namespace Orrery {
 namespace {
-
-std::uint64_t offsetCount(const BVariant& data)
-{
-    if (data.isEmpty())
-        return 0;
-    const auto dimensions = data.getDimensions();
-    const auto axis =
-        std::find_if(dimensions.begin(), dimensions.end(), [](std::uint64_t n) { return n > 1; });
-    return axis == dimensions.end() ? 1 : *axis;
-}
 
 std::uint64_t elementDimCount(const BVariant& data)
 {

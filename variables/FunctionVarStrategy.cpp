@@ -10,6 +10,7 @@
 #include "tracking/ObservablePropertyReference.h"
 #include "variables/GetAt_p.h"
 #include "variables/NodeSnapshot_p.h"
+#include "variables/OffsetCount_p.h"
 #include "variables/ReadInProgress_p.h"
 #include "variables/Variable.h"
 
@@ -42,16 +43,6 @@ Variable* resolveArgument(AbstractProperty& child)
         return reference ? dynamic_cast<Variable*>(reference->Resolve()) : nullptr;
     }
     return child.IsVariable() ? dynamic_cast<Variable*>(&child) : nullptr;
-}
-
-std::uint64_t offsetCount(const BVariant& data)
-{
-    if (data.isEmpty())
-        return 0;
-    const auto dimensions = data.getDimensions();
-    const auto axis =
-        std::find_if(dimensions.begin(), dimensions.end(), [](std::uint64_t n) { return n > 1; });
-    return axis == dimensions.end() ? 1 : *axis;
 }
 
 bool passOnRemoval(const Variable& argument, const Variable& owner)
