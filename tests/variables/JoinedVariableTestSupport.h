@@ -52,10 +52,10 @@ struct Reading
     {
         return a.code == b.code && a.failure == b.failure && StorageTest::CompareValues(a.out, b.out).empty();
     }
-    friend std::ostream& operator<<(std::ostream& out, const Reading& reading)
+    friend std::ostream& operator<<(std::ostream& stream, const Reading& reading)
     {
-        return out << "code " << reading.code << ", thrown " << reading.failure << ", output "
-                   << TestSupport::Describe(reading.out);
+        return stream << "code " << reading.code << ", thrown " << reading.failure << ", output "
+                      << TestSupport::Describe(reading.out);
     }
 };
 
