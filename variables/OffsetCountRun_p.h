@@ -15,9 +15,9 @@ class ReadInProgress;
 ///
 /// Of members that are joined objects themselves each is counted once in a run, which lasts as long as the
 /// outermost one of these: sixty concatenations, each of which holds the one before twice, are sixty sums and
-/// not 2^60. A count that depends on what is being read holds in that place only and isn't kept,
-/// and none outlasts code of a host, which may change the tree. Where this takes too long for the read that
-/// all is done for, because members contain one another in too many ways, such counts are kept all the same.
+/// not 2^60. A count that depends on what is being read holds in that place only and isn't kept, and none
+/// outlasts code of a host, which may change the tree. Where this takes too long for the read that all is
+/// done for, because members contain one another in too many ways, such counts are kept all the same.
 class OffsetCountRun
 {
 public:
