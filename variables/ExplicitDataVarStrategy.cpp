@@ -6,7 +6,6 @@
 #include "variables/OffsetCount_p.h"
 #include "variables/Variable.h"
 
-#include <algorithm>
 #include <exception>
 
 namespace Orrery {
