@@ -203,18 +203,6 @@ const Variable* firstAxisOf(const Variable& variable)
     return axis;
 }
 
-std::optional<Units> shownUnitsOf(const Variable& variable)
-{
-    std::optional<Units> units = unitsOf(variable);
-    const Units* shown = nullptr;
-    if (!units || variable.GetDisplayUnits(&shown) < 0 || !shown->IsValid())
-        return units;
-    const Units display = recognized(*shown);
-    if (display.IsCommensurable(*units))
-        units = display;
-    return units;
-}
-
 Curve readCurve(const Variable& variable, const CurveOptions& options)
 {
     const Variable* const axis = firstAxisOf(variable);

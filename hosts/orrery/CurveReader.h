@@ -28,9 +28,6 @@ struct Curve
 /// Errors: Failure for an axis that leads nowhere.
 const Variable* firstAxisOf(const Variable& variable);
 
-/// The units in which values are shown: the display units, else the units, else none.
-std::optional<Units> shownUnitsOf(const Variable& variable);
-
 /// Read a variable over its first axis.
 ///
 /// The curve is interrupted where a coordinate is no finite number, where it isn't above 0 on a logarithmic axis, and

@@ -12,6 +12,7 @@
 
 #include <QStringList>
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -134,15 +135,26 @@ struct Placed
     std::vector<std::uint64_t> dimensions;
 };
 
-Placed place(PropertyObject* folder, const QString& name, const RawVector& vector)
+void setUnits(Variable* variable, const std::optional<Units>& units, const std::vector<Units>& displayUnits)
+{
+    if (!units)
+        return;
+    const auto shown = std::find_if(displayUnits.begin(), displayUnits.end(),
+                                    [&units](const Units& wanted) { return wanted.IsCommensurable(*units); });
+    if (variable->SetUnits(*units) < 0 ||
+        (shown != displayUnits.end() && variable->SetDisplayUnits(*shown) < 0))
+        throw Failure("the units of " + inQuotes(variable->GetName().toStdString()) +
+                      " can't be put into the tree");
+}
+
+Placed place(PropertyObject* folder, const QString& name, const RawVector& vector,
+             const std::vector<Units>& displayUnits)
 {
     auto variable = std::make_unique<ExplicitDataVar>(name);
     Placed placed = {variable.get(), dimensionsOf(vector.data)};
     variable->UpdateData(vector.data);
     setText(variable.get(), QStringLiteral("Type"), vector.type);
-    if (const std::optional<Units> units = unitsOfRawType(vector.type);
-        units && variable->SetUnits(*units) < 0)
-        throw Failure("the units of " + inQuotes(name.toStdString()) + " can't be put into the tree");
+    setUnits(variable.get(), unitsOfRawType(vector.type), displayUnits);
     insertNode(folder, std::move(variable));
     return placed;
 }
@@ -207,8 +219,9 @@ ResultData* RawImporter::add(RawPlot plot)
     for (int i = 0; i < names.size(); ++i) {
         if (names[i] != given[i])
             m_renamed.insert(given[i], names[i]);
-        vectors.push_back(
-            place(folder, names[i], std::exchange(plot.vectors[static_cast<std::size_t>(i)], RawVector())));
+        vectors.push_back(place(folder, names[i],
+                                std::exchange(plot.vectors[static_cast<std::size_t>(i)], RawVector()),
+                                m_displayUnits));
     }
     for (std::size_t i = 1; kind.hasAxis && i < vectors.size(); ++i)
         setAxis(vectors[i], vectors.front());
@@ -237,8 +250,7 @@ void RawImporter::addSweep(const SweepValues& sweep)
                       " values, but the file has these plots: " + printable(plotCounts().toStdString()));
     auto parameter = std::make_unique<ExplicitDataVar>(sweep.name);
     parameter->UpdateData(BVariant(sweep.values));
-    if (sweep.units && parameter->SetUnits(*sweep.units) < 0)
-        throw Failure("the units of " + inQuotes(sweep.name.toStdString()) + " can't be put into the tree");
+    setUnits(parameter.get(), sweep.units, m_displayUnits);
     const Variable* const placed = parameter.get();
     insertNode(setupFolder(), std::move(parameter));
     for (const QString& kind : kinds)

@@ -4,11 +4,13 @@
 #include "hosts/orrery/SweepValues.h"
 #include "results/Result.h"
 #include "results/ResultData.h"
+#include "units/Units.h"
 
 #include <QHash>
 #include <QMap>
 #include <QString>
 
+#include <utility>
 #include <vector>
 
 namespace Orrery::Host {
@@ -21,7 +23,8 @@ namespace Orrery::Host {
 /// Texts:  the header of a plot stands in the setup folder, in a hidden folder of the plot's name: "Title", "Date",
 ///         "Plotname", "Flags", and "Command" and "Option" where there are such lines. "Type" of a variable says what
 ///         its values measure. The application of the result is what the first command line says of it, if any.
-/// Units:  those that the type of a vector has in such files, where it has any.
+/// Units:  those that the type of a vector has in such files, where it has any; display units are the first of the
+///         given ones that measure the same.
 /// Axes:   the first vector is what the others are plotted against: each that has the same dimensions refers to it as
 ///         its one independent variable. In a nested sweep it is the innermost one and begins anew with each run. A plot of
 ///         results that lie beside each other, such as an operating point, has no axis.
@@ -29,8 +32,9 @@ class RawImporter
 {
 public:
     /// `result` receives the folders; it is not owned and must outlive the importer.
-    explicit RawImporter(Result* result)
+    explicit RawImporter(Result* result, std::vector<Units> displayUnits = {})
         : m_result(result)
+        , m_displayUnits(std::move(displayUnits))
     {
     }
 
@@ -54,6 +58,7 @@ private:
     QString plotCounts() const;
 
     Result* m_result;
+    std::vector<Units> m_displayUnits;
     QHash<QString, int> m_numbers;                   // the last one of each kind
     QMap<QString, std::vector<ResultData*>> m_plots; // by kind
     QMap<QString, QString> m_renamed;

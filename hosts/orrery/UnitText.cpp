@@ -104,6 +104,18 @@ std::optional<Units> unitsOf(const Variable& variable)
     return recognized(*units);
 }
 
+std::optional<Units> shownUnitsOf(const Variable& variable)
+{
+    std::optional<Units> units = unitsOf(variable);
+    const Units* shown = nullptr;
+    if (!units || variable.GetDisplayUnits(&shown) < 0 || !shown->IsValid())
+        return units;
+    const Units display = recognized(*shown);
+    if (display.IsCommensurable(*units))
+        units = display;
+    return units;
+}
+
 void requireCommensurable(const Units& from, const Units& to)
 {
     if (!from.IsCommensurable(to)) {

@@ -36,6 +36,9 @@ Units recognized(const Units& units);
 /// The units of a variable's data, recognized; none if it has none, or what can't be used.
 std::optional<Units> unitsOf(const Variable& variable);
 
+/// The units in which to show a variable: its display units where it has any that fit, else those of its data.
+std::optional<Units> shownUnitsOf(const Variable& variable);
+
 /// Fails unless the two are commensurable, with the dimensions of both.
 void requireCommensurable(const Units& from, const Units& to);
 

@@ -39,6 +39,9 @@ public:
     /// Errors: Failure for a variable without units, and for units of another kind.
     void convertTo(const Units& target);
 
+    /// Convert to the display units of the variable, if it has any.
+    void preferDisplayUnits(const Variable& variable);
+
     /// Show complex values as real ones if all of them are, as a frequency of a complex plot is.
     void preferReal();
 
@@ -71,6 +74,12 @@ void ColumnReader::convertTo(const Units& target)
     requireCommensurable(*m_units, target);
     if (*m_units != target)
         m_target = target;
+}
+
+void ColumnReader::preferDisplayUnits(const Variable& variable)
+{
+    if (const std::optional<Units> shown = shownUnitsOf(variable); m_units && shown)
+        convertTo(*shown);
 }
 
 void ColumnReader::preferReal()
@@ -174,6 +183,8 @@ VariablePrinter::VariablePrinter(Output& out, const Variable& variable, const Ta
     m_span = spanOf(options.range.value_or(OffsetRange()), m_values.reader().offsets());
     if (options.units)
         m_values.convertTo(*options.units);
+    else
+        m_values.preferDisplayUnits(variable);
     const int axes = variable.GetIndepCount();
     for (int i = 0; i < std::min(axes, s_mostAxes); ++i)
         addAxis(variable, i);
@@ -196,6 +207,7 @@ void VariablePrinter::addAxis(const Variable& variable, int index)
         return;
     }
     m_axes.push_back(std::make_unique<ColumnReader>(*axis));
+    m_axes.back()->preferDisplayUnits(*axis);
     m_axes.back()->preferReal();
 }
 

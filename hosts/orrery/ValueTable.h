@@ -13,7 +13,7 @@ namespace Orrery::Host {
 struct TableOptions
 {
     std::optional<OffsetRange> range; ///< all offsets if not given
-    std::optional<Units> units;       ///< those of the variable if not given
+    std::optional<Units> units;       ///< if not given, the display units of the variable, or its units
     bool isCsv = false;
 };
 
@@ -23,7 +23,7 @@ struct TableOptions
 ///         axis and of the variable, in columns; in front the offset where only some were asked for, and where there
 ///         are several values at one. As CSV, the records of printCsvRecords(), axes first. Without an axis as
 ///         printValues().
-/// Units:  the values are converted, the axes are not.
+/// Units:  only the values are converted to units that are given; axes are shown in their display units.
 /// Errors: Failure for offsets that aren't there, for values that can't be computed or converted.
 /// Edge:   an axis that leads nowhere, or has another number of values, is left out with a warning.
 /// Cost:   of computed values no more than a block is in memory at any time.

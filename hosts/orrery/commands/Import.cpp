@@ -16,6 +16,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace Orrery::Host {
 
@@ -27,6 +28,7 @@ struct ImportOptions
     std::string output;
     std::string sweep;
     std::string sweepUnits;
+    std::string displayUnits;
     bool force = false;
     bool hasSweep = false;
     bool hasSweepUnits = false;
@@ -38,7 +40,8 @@ dc2, ac1, tran1. Each vector becomes a variable in that, under its own name.
 Title, date, plot name and flags become texts in the result's setup folder.
 
 A vector gets the units of its type (V for voltage, Hz for frequency), and the
-first vector of a plot becomes the axis of those that are as long.
+first vector of a plot becomes the axis of those that are as long. With
+--display-units mA,mV it is shown in the first of them that fits its units.
 
 --sweep NAME=v1,v2,... tells the parameter that had another value in each plot,
 and --sweep-units its units; NAME=@TEXTFILE reads the values from a file. The
@@ -74,6 +77,16 @@ std::optional<SweepValues> wantedSweep(const ImportOptions& options)
     return sweep;
 }
 
+std::vector<Units> wantedDisplayUnits(const ImportOptions& options)
+{
+    std::vector<Units> units;
+    const QStringList texts =
+        QString::fromStdString(options.displayUnits).split(QLatin1Char(','), Qt::SkipEmptyParts);
+    for (const QString& text : texts)
+        units.push_back(parseUnits(text.toStdString()));
+    return units;
+}
+
 void tellRenamed(const QMap<QString, QString>& renamed)
 {
     for (auto vector = renamed.begin(); vector != renamed.end(); ++vector)
@@ -95,6 +108,7 @@ void importFile(const ImportOptions& options)
     if (options.output.empty())
         throw Failure("--output: expected the name of a file", ExitUsage);
     const std::optional<SweepValues> sweep = wantedSweep(options);
+    std::vector<Units> displayUnits = wantedDisplayUnits(options);
     checkOutput(options.input, options.output, options.force);
     ProgressLine progress(options.input);
     RawFile raw(options.input, [&](std::uint64_t done, std::uint64_t size) { progress.update(done, size); });
@@ -103,7 +117,7 @@ void importFile(const ImportOptions& options)
     auto owned = std::make_unique<Result>(resultName(options.input), QString());
     Result* const result = owned.get();
     insertNode(file->GetRoot(), std::move(owned));
-    RawImporter importer(result);
+    RawImporter importer(result, std::move(displayUnits));
     RawPlot plot;
     while (raw.next(&plot))
         importer.add(std::move(plot));
@@ -130,6 +144,8 @@ void addImportCommand(CLI::App& program, Action* action)
         command->add_option("--sweep", options->sweep, "The parameter of a sweep")->type_name("NAME=VALUES");
     CLI::Option* const units =
         command->add_option("--sweep-units", options->sweepUnits, "Units of its values")->type_name("UNIT");
+    command->add_option("--display-units", options->displayUnits, "Units in which to show what they fit")
+        ->type_name("UNIT,...");
     command->footer(s_help);
     command->callback([options, action, sweep, units] {
         options->hasSweep = sweep->count() > 0;

@@ -632,6 +632,35 @@ class FunctionTest(CommandTest):
                          "t.h5: t/dc1: is a folder; 'orrery ls' lists it")
 
 
+class DisplayUnitsTest(CommandTest):
+    """What an import is told to show in other units is shown in them, and kept as it was measured."""
+
+    def imported(self, *options):
+        self.good("import", SAMPLE, "-o", "out.h5", "-f", *options)
+
+    def shown(self, *options):
+        return self.good("show", "out.h5", "diode/dc1/i(vd)", "--at", "152", *options).split()
+
+    def test_the_first_unit_that_fits_is_shown_for_values_and_axes(self):
+        self.imported("--display-units", "mV,mA,V,A")
+        self.assertEqual(self.shown(), ["offset", "v(v-sweep)", "[mV]", "i(vd)", "[mA]",
+                                        "152", "760.0000000000006", "-3.240574074311775"])
+
+    def test_without_them_values_are_shown_as_they_were_measured(self):
+        self.imported("--display-units", "Hz")
+        self.assertEqual(self.shown()[4:5] + self.shown()[-1:], ["[A]", "-0.003240574074311775"])
+
+    def test_an_option_of_show_wins_over_them(self):
+        self.imported("--display-units", "mA")
+        self.assertAlmostEqual(float(self.shown("--units", "µA")[-1]), -3240.574074311775, delta=1e-9)
+
+    def test_a_text_that_is_no_unit_is_refused_before_a_file_is_written(self):
+        result = self.run_orrery("import", SAMPLE, "-o", "new.h5", "--display-units", "mA,furlong")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("there is no unit 'furlong'", result.stderr.decode())
+        self.assertFalse(os.path.exists(self.path("new.h5")))
+
+
 class OddFileTest(CommandTest):
     """Files that are well-formed and hold what no import makes."""
 
