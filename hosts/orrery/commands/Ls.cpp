@@ -43,7 +43,8 @@ void addLsCommand(CLI::App& program, Action* action)
     CLI::App* const command = program.add_subcommand("ls", "List what a data file holds");
     const auto options = std::make_shared<LsOptions>();
     command->add_option("FILE", options->file, "Data file")->required()->type_name("");
-    command->add_option("PATH", options->path, "Where to begin, such as dc1 or dc1/i(vd)")->type_name("");
+    command->add_option("PATH", options->path, "Where to begin, such as run/dc1 or run/dc1/i(vd)")
+        ->type_name("");
     command->add_flag("-l,--long", options->listing.isLong, "More columns, with their names");
     command->add_flag("-a,--all", options->listing.showsAll, "Every node");
     command->footer(s_help);

@@ -328,7 +328,9 @@ void addPlotCommand(CLI::App& program, Action* action)
     CLI::App* const command = program.add_subcommand("plot", "Draw variables over their axes");
     const auto options = std::make_shared<PlotOptions>();
     command->add_option("FILE", options->file, "Data file")->required()->type_name("");
-    command->add_option("PATH", options->paths, "What to draw, such as dc1/i(vd)")->required()->type_name("");
+    command->add_option("PATH", options->paths, "What to draw, such as run/dc1/i(vd)")
+        ->required()
+        ->type_name("");
     command->add_option("-o,--output", options->output, "Picture to write, .svg or .png")
         ->required()
         ->type_name("OUT");

@@ -33,9 +33,9 @@ struct ShowOptions
     bool hasFunction = false;
 };
 
-const char s_help[] = R"(PATH is a variable, or a single value such as dc1/Title. A position along the
-first axis of the values is an offset, from 0. --range A:B is A up to but not
-including B; A: goes to the end, :B begins at 0.
+const char s_help[] = R"(PATH is a variable, or a single value such as run/dc1/v(out)/Type. A position
+along the first axis of the values is an offset, from 0. --range A:B is A up to
+but not including B; A: goes to the end, :B begins at 0.
 
 A variable that lies over an axis is printed as a table: a line of names with
 their units, then one line for each value, behind the value of the axis. With
@@ -58,9 +58,9 @@ its values.
   polynomial-N:C0,...,CN (which only hands the values on)
 Where parameters are left out, the function has its own.
 
-Examples: orrery show diode.h5 'dc1/i(vd)' --at 140 --units mA
-          orrery show diode.h5 'dc1/i(vd)' --range 100:110 --csv
-          orrery show diode.h5 'dc1/i(vd)' --function derivative --units mS)";
+Examples: orrery show diode.h5 'diode/dc1/i(vd)' --at 140 --units mA
+          orrery show diode.h5 'diode/dc1/i(vd)' --range 100:110 --csv
+          orrery show diode.h5 'diode/dc1/i(vd)' --function derivative --units mS)";
 
 std::optional<OffsetRange> wantedOffsets(const ShowOptions& options)
 {
@@ -138,7 +138,9 @@ void addShowCommand(CLI::App& program, Action* action)
     CLI::App* const command = program.add_subcommand("show", "Print the values of a variable");
     const auto options = std::make_shared<ShowOptions>();
     command->add_option("FILE", options->file, "Data file")->required()->type_name("");
-    command->add_option("PATH", options->path, "The variable, such as dc1/i(vd)")->required()->type_name("");
+    command->add_option("PATH", options->path, "The variable, such as run/dc1/i(vd)")
+        ->required()
+        ->type_name("");
     CLI::Option* const at =
         command->add_option("--at", options->at, "Only the values at one offset")->type_name("N");
     CLI::Option* const range =
