@@ -60,7 +60,7 @@ Where parameters are left out, the function has its own.
 
 Examples: orrery show diode.h5 'diode/dc1/i(vd)' --at 140 --units mA
           orrery show diode.h5 'diode/dc1/i(vd)' --range 100:110 --csv
-          orrery show diode.h5 'diode/dc1/i(vd)' --function derivative --units mS)";
+          orrery show diode.h5 'diode/dc1/i(vd)' --function derivative)";
 
 std::optional<OffsetRange> wantedOffsets(const ShowOptions& options)
 {
