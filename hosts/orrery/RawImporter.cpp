@@ -106,7 +106,7 @@ void setTexts(PropertyObject* folder, const QString& name, const QStringList& te
 // What has made the file, as far as it says so: simulators name themselves in a command line, or none.
 QString applicationOf(const RawPlot& plot)
 {
-    const QString simulator = QStringLiteral("SPICE");
+    QString simulator = QStringLiteral("SPICE");
     if (plot.commands.isEmpty())
         return simulator;
     const QString command = plot.commands.front();
