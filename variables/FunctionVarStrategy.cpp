@@ -433,21 +433,32 @@ ERESULT FunctionVarStrategy::Relink()
 
 BVariant FunctionVarStrategy::GetData(IsCellArray* flag) const
 {
+    const SimpleProperty* const stored = readDataProperty();
+    if (flag)
+        *flag = stored ? stored->GetValueIsCellArray() : IsCellArrayFalse;
+    return stored ? stored->GetValue() : BVariant();
+}
+
+const SimpleProperty* FunctionVarStrategy::readDataProperty() const
+{
     const Variable& owner = *backRef();
     const std::shared_ptr<Variable::Tracker>& tracker = owner.getDirtyTracker();
-    if (tracker && tracker->isDirty() && !computeIfDirty()) {
-        if (flag)
-            *flag = IsCellArrayFalse;
-        return BVariant();
-    }
+    if (tracker && tracker->isDirty() && !computeIfDirty())
+        return nullptr;
     if (Computation::isProvisional(owner.getDirtyTracker()))
         ReadInProgress::noteTooDeep();
     const auto* stored = dynamic_cast<const SimpleProperty*>(owner.GetPropertyConstPtr(sData()));
     if (!stored)
         throw std::logic_error("no data in GetData()!? invalid/corrupted memory.");
-    if (flag)
-        *flag = stored->GetValueIsCellArray();
-    return stored->GetValue();
+    return stored;
+}
+
+// The readers of a part look at the value where it stands: a copy of an array costs two atomic operations.
+const BVariant& FunctionVarStrategy::upToDateData() const
+{
+    static const BVariant null;
+    const SimpleProperty* const stored = readDataProperty();
+    return stored ? stored->GetValueRef() : null;
 }
 
 bool FunctionVarStrategy::computeIfDirty() const
@@ -526,12 +537,12 @@ Variable& FunctionVarStrategy::UpdateData(const BVariant& data, IsCellArray flag
 
 std::uint64_t FunctionVarStrategy::GetMaxIndepOffset() const
 {
-    return offsetCount(GetData(nullptr));
+    return offsetCount(upToDateData());
 }
 
 std::uint64_t FunctionVarStrategy::GetElementDimCount() const
 {
-    return GetData(nullptr).getDimensions().size();
+    return upToDateData().getDimensions().size();
 }
 
 ERESULT FunctionVarStrategy::GetElementShape(std::vector<std::uint64_t>* shape) const
@@ -539,7 +550,7 @@ ERESULT FunctionVarStrategy::GetElementShape(std::vector<std::uint64_t>* shape) 
     if (!shape)
         return ER_INVALID_ARGUMENT;
     shape->clear();
-    const BVariant data = GetData(nullptr);
+    const BVariant& data = upToDateData();
     const auto dimensions = data.getDimensions();
     if (dimensions.size() > 0)
         shape->assign(std::next(dimensions.begin()), dimensions.end());
@@ -550,12 +561,12 @@ ERESULT FunctionVarStrategy::GetValueAt(BVariant* out, std::uint64_t offset) con
 {
     if (!out)
         return ER_INVALID_ARGUMENT;
-    BVariant data = GetData(nullptr);
+    const BVariant& data = upToDateData();
     if (offsetCount(data) > 1)
         return readAt(out, data, offset);
     if (offset != 0)
         return ER_INVALID_ARGUMENT;
-    *out = std::move(data);
+    *out = data;
     return ER_SUCCESS;
 }
 
@@ -563,10 +574,10 @@ ERESULT FunctionVarStrategy::GetValueRange(BVariant* out, std::uint64_t start, s
 {
     if (!out)
         return ER_INVALID_ARGUMENT;
-    BVariant data = GetData(nullptr);
+    const BVariant& data = upToDateData();
     const std::uint64_t count = offsetCount(data);
     if (count == 0) {
-        *out = std::move(data);
+        *out = data;
         return ER_FAILED;
     }
     if (start >= count) {
@@ -576,7 +587,7 @@ ERESULT FunctionVarStrategy::GetValueRange(BVariant* out, std::uint64_t start, s
     if (end == 0)
         end = count;
     if (start == 0 && end == count) {
-        *out = std::move(data);
+        *out = data;
         return ER_SUCCESS;
     }
     try {

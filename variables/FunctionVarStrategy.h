@@ -9,6 +9,7 @@ namespace Orrery {
 
 class Function;
 class PropertyObject;
+class SimpleProperty;
 
 /// Computed data: the result of a measurement over argument variables, kept in the child "Data" of the owning
 /// Variable until one of its inputs changes.
@@ -116,6 +117,12 @@ public:
     static const QString& StaticType();
 
 private:
+    /// The property with the data, after a computation if the owner is dirty; null if that has destroyed the owner.
+    const SimpleProperty* readDataProperty() const;
+
+    /// Its value, valid until "Data" changes; null data if the owner is gone.
+    const BVariant& upToDateData() const;
+
     /// Computes unless another read is at it. False if that has destroyed the owner.
     bool computeIfDirty() const;
 
