@@ -12,6 +12,7 @@ namespace CatalogueFormat {
 
 constexpr char RowsName[] = "catalogue";
 constexpr char HeapName[] = "catalogue-heap";
+constexpr char PoolName[] = "catalogue-pool"; ///< the bytes of all pooled arrays; only in a packed file
 
 constexpr char FormatName[] = "Orrery data file";
 constexpr std::uint32_t Version = 1;
@@ -44,7 +45,9 @@ enum Layout : std::uint64_t
     LayoutNone = 0,       ///< no dataset: an array without dimensions
     LayoutPlain = 1,      ///< one element of the dataset for each element, in row-major order
     LayoutPaddedText = 2, ///< texts of fixed length, filled up with NUL; no text ends with NUL itself
-    LayoutPackedText = 3  ///< bytes: the length of each text as 64 bits, then all texts end to end
+    LayoutPackedText = 3, ///< bytes: the length of each text as 64 bits, then all texts end to end
+    LayoutCompressed = 4, ///< as plain, in chunks that went through shuffle and deflate
+    LayoutPooled = 5      ///< as plain, as a run of the bytes of the one dataset that small arrays share
 };
 
 /// One node. Rows stand in the order of a walk that meets a folder before its children, and the children of one

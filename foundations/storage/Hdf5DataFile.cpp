@@ -1,8 +1,10 @@
 #include "foundations/storage/Hdf5DataFile_p.h"
 
 #include "foundations/storage/FileIdentity_p.h"
-#include "foundations/storage/Hdf5ArrayIo_p.h"
+#include "foundations/storage/Hdf5ArrayReader_p.h"
+#include "foundations/storage/Hdf5ArrayWriter_p.h"
 #include "foundations/storage/Hdf5CatalogueIo_p.h"
+#include "foundations/storage/Hdf5Folders_p.h"
 #include "foundations/storage/Hdf5WriteDriver_p.h"
 #include "foundations/storage/NameCodec_p.h"
 #include "foundations/storage/OneLine_p.h"
@@ -116,7 +118,7 @@ void WriteArrays(hid_t file, const Hdf5WriteDriver& driver, TreeWriter* tree)
             CatalogueFormat::Row& row = tree->catalogue.rows[pending.row];
             const hid_t group = folders.Of(row.parent);
             const QByteArray link = LinkName(tree->catalogue.Name(row), row.parent == 0);
-            tree->catalogue.SetArray(&row, Hdf5ArrayIo::Write(group, link, pending.value));
+            tree->catalogue.SetArray(&row, Hdf5ArrayWriter::Write(group, link, pending.value));
         } catch (const StorageError& error) {
             throw StorageError(tree->catalogue.Path(pending.row) + QStringLiteral(": ") + error.Text());
         }
@@ -199,7 +201,7 @@ void Hdf5DataFile::LoadOrThrow()
         const CatalogueFormat::Row& row = catalogue.rows[index];
         const hid_t group = folders.Of(row.parent);
         const QByteArray link = LinkName(catalogue.Name(row), row.parent == 0);
-        return Hdf5ArrayIo::Read(descriptor, group, link, row.element, row.ordering != 0,
+        return Hdf5ArrayReader::Read(descriptor, group, link, row.element, row.ordering != 0,
                                  catalogue.Array(row));
     };
 

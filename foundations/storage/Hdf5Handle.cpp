@@ -1,5 +1,6 @@
 #include "foundations/storage/Hdf5Handle_p.h"
 
+#include "foundations/storage/StorageError_p.h"
 #include "foundations/storage/StorageMutex_p.h"
 
 #include <QRegularExpression>
@@ -23,6 +24,13 @@ herr_t KeepReason(unsigned /*depth*/, const H5E_error2_t* error, void* data)
 }
 
 } // namespace
+
+Hdf5Handle Owned(hid_t id, Hdf5Handle::Closer closer, const char* what)
+{
+    if (id < 0)
+        throw StorageError(QString::fromLatin1(what) + QStringLiteral(": ") + Hdf5Session::LastError());
+    return Hdf5Handle(id, closer);
+}
 
 Hdf5Session::Hdf5Session()
     : m_lock(StorageMutex())

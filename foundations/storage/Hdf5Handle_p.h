@@ -49,6 +49,11 @@ private:
     Closer m_closer = nullptr;
 };
 
+/// Take over a new identifier.
+///
+/// Errors: throws StorageError that begins with `what` when HDF5 didn't give one.
+Hdf5Handle Owned(hid_t id, Hdf5Handle::Closer closer, const char* what);
+
 /// Everything that this library does with HDF5 happens while one of these stands.
 ///
 /// The HDF5 library may be built without locks, so one thread at a time is inside; its own printing of errors is
