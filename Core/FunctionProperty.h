@@ -27,7 +27,7 @@ namespace Orrery {
 class ORRERYCOREVARIABLES_EXPORT Function : public PropertyObject
 {
 public:
-    using Tracker = DirtyTracker<Function, Function*>;
+    using Tracker = DirtyTracker<Function, Function*>; ///< its node of the dirty graph
 
     /// With the name "Function" and no measurement.
     Function();
@@ -84,7 +84,7 @@ public:
     /// Edge: the former measurement is never destroyed: who got it from GetMeasurement() may be using it still.
     ERESULT SetMeasurement(const Measurement<Variable>& measurement);
 
-    std::shared_ptr<Tracker> getDirtyTracker() const;
+    std::shared_ptr<Tracker> getDirtyTracker() const; ///< never null, the same one for life
 
     static const QString sFunctionName(); ///< "Function", the child with the name
     static const QString sParameters();   ///< "Parameters", the folder with the values

@@ -26,16 +26,16 @@ namespace IO {
 /// What a measurement takes as its input.
 enum class InputType : std::int32_t
 {
-    None = 0,
-    Scalar = 1,
-    Vector = 2,
-    Variable = 3
+    None = 0,    ///< nothing is said
+    Scalar = 1,  ///< one number
+    Vector = 2,  ///< numbers along one axis
+    Variable = 3 ///< a whole Variable, with its units and axes
 };
 
 /// The kind of expression that a measurement stands for; nothing distinguishes kinds yet.
 enum class ExpressionType : std::int32_t
 {
-    None = 0
+    None = 0 ///< the only kind
 };
 
 /// The declaration of one parameter of a measurement.
@@ -52,9 +52,9 @@ struct Parameter
 class ORRERYCOREVARIABLES_EXPORT AbstractProbe
 {
 public:
-    AbstractProbe() = default;
-    AbstractProbe(const AbstractProbe&) = default;
-    AbstractProbe& operator=(const AbstractProbe&) = default;
+    AbstractProbe() = default;                     ///< bound to nothing yet
+    AbstractProbe(const AbstractProbe&) = default; ///< what a derived class adds decides what is copied
+    AbstractProbe& operator=(const AbstractProbe&) = default; ///< likewise
     virtual ~AbstractProbe();
 
     /// Run the measurement. Returns its output, which belongs to whoever owns it already: the measurement's
@@ -69,9 +69,9 @@ template <class T>
 class ORRERYCOREVARIABLES_EXPORT Extension : public Extensions::IAbstractExtension
 {
 public:
-    Extension();
-    Extension(const Extension& other);
-    Extension& operator=(const Extension& other);
+    Extension();                                  ///< a new one, shared with nobody
+    Extension(const Extension& other);            ///< a new one
+    Extension& operator=(const Extension& other); ///< changes nothing
     ~Extension() override;
 };
 
@@ -96,7 +96,7 @@ public:
 
     /// Takes over all fields, stack and output included; the extension is shared from then on.
     Measurement(const Measurement& other);
-    Measurement& operator=(const Measurement& other);
+    Measurement& operator=(const Measurement& other); ///< as the copy construction
 
     ~Measurement() override;
 
@@ -113,16 +113,16 @@ public:
     /// too, and `why` is left alone.
     virtual bool is_valid(const T* input, QString& why);
 
-    QString get_category() const;
-    QString get_description() const;
-    QString get_symbol() const;
-    IO::ExpressionType get_expression_type() const;
-    IO::InputType get_input_type() const;
+    QString get_category() const;                   ///< under which the manager files it
+    QString get_description() const;                ///< one line for a person
+    QString get_symbol() const;                     ///< a short sign for formulas; may be empty
+    IO::ExpressionType get_expression_type() const; ///< always None so far
+    IO::InputType get_input_type() const;           ///< a hint for those who offer inputs; nothing tests it
 
     /// Shared by all copies of one measurement.
     std::shared_ptr<Extension<Measurement<T>>> get_extension() const;
 
-    QList<IO::Parameter> get_parameters() const;
+    QList<IO::Parameter> get_parameters() const; ///< the declared parameters, with their defaults
 
     /// The current values, by position. There may be more or fewer than get_parameters() declares.
     std::vector<BVariant> get_parameter_values() const;
@@ -143,21 +143,21 @@ public:
     Measurement<T>* set_parameter_values(const std::vector<BVariant>& values);
 
 protected:
-    Measurement<T>* set_name(const QString& text);
-    Measurement<T>* set_description(const QString& text);
-    Measurement<T>* set_parameters(const QList<IO::Parameter>& declared);
+    Measurement<T>* set_name(const QString& text);                        ///< the name; see get_name()
+    Measurement<T>* set_description(const QString& text);                 ///< one line for a person
+    Measurement<T>* set_parameters(const QList<IO::Parameter>& declared); ///< declares; the values stay
 
-    QString name;
-    QString symbol;
-    QString category; ///< under which the manager files the measurement
-    QString description;
-    IO::ExpressionType expressionType = IO::ExpressionType::None;
-    IO::InputType inputType = IO::InputType::None;
-    QList<IO::Parameter> parameters;
-    std::vector<BVariant> parameterValues;
-    QList<T*> stack;
-    T* output = nullptr;
-    std::shared_ptr<Extension<Measurement<T>>> extension;
+    QString name;        ///< what get_name() answers in most measurements
+    QString symbol;      ///< a short sign for formulas
+    QString category;    ///< under which the manager files the measurement
+    QString description; ///< one line for a person
+    IO::ExpressionType expressionType = IO::ExpressionType::None; ///< the only kind
+    IO::InputType inputType = IO::InputType::None;                ///< what it takes
+    QList<IO::Parameter> parameters;                              ///< as declared
+    std::vector<BVariant> parameterValues;                        ///< the current ones, by position
+    QList<T*> stack;                                              ///< the inputs; not owned
+    T* output = nullptr; ///< where the result goes; not owned, null for nowhere
+    std::shared_ptr<Extension<Measurement<T>>> extension; ///< shared by all copies
 };
 
 /// Remembers one T for each address at which a probe has stood; one table for each T in the process.
@@ -200,8 +200,8 @@ class ORRERYCOREVARIABLES_EXPORT Probe : public AbstractProbe
 public:
     /// `measured` must outlive the probe.
     explicit Probe(M* measured);
-    Probe(const Probe& other);
-    Probe& operator=(const Probe& other);
+    Probe(const Probe& other);            ///< works on the same measurement, input and output
+    Probe& operator=(const Probe& other); ///< likewise
     ~Probe() override;
 
     /// Apply the measurement to `input`; without one to the first element of the stack, which `input` is from
@@ -210,9 +210,9 @@ public:
     /// Errors: what apply() throws passes through, and `output` is what it was.
     Variable* run(void* argument = nullptr) override;
 
-    M* measurement;
-    I* input = nullptr;
-    O* output = nullptr;
+    M* measurement;      ///< what is run; not owned
+    I* input = nullptr;  ///< what it was run on; not owned
+    O* output = nullptr; ///< what the last run returned; not owned
 };
 
 template <class T>

@@ -14,9 +14,9 @@ class Variable;
 class ORRERYCOREVARIABLES_EXPORT Polynomial
 {
 public:
-    Polynomial();
-    Polynomial(const Polynomial& other);
-    Polynomial& operator=(const Polynomial& other);
+    Polynomial();                                   ///< no coefficients
+    Polynomial(const Polynomial& other);            ///< shares the coefficients until one of both is changed
+    Polynomial& operator=(const Polynomial& other); ///< likewise
     virtual ~Polynomial();
 
     /// The kind of curve, of which there is but one: 0.
@@ -40,9 +40,9 @@ class ORRERYCOREVARIABLES_EXPORT PolynomialMeasurement : public Measurement<Vari
     static_assert(N >= 1 && N <= 3, "the library holds the degrees 1 to 3");
 
 public:
-    PolynomialMeasurement();
-    PolynomialMeasurement(const PolynomialMeasurement& other);
-    PolynomialMeasurement& operator=(const PolynomialMeasurement& other);
+    PolynomialMeasurement();                                              ///< with the default coefficients
+    PolynomialMeasurement(const PolynomialMeasurement& other);            ///< all fields and the coefficients
+    PolynomialMeasurement& operator=(const PolynomialMeasurement& other); ///< likewise
 
     ~PolynomialMeasurement() override;
     QString get_name() override;
@@ -64,8 +64,8 @@ protected:
     /// The three below, one after the other.
     void init();
 
-    void init_tags();
-    void init_parameters();
+    void init_tags();       ///< the name, the category and the description
+    void init_parameters(); ///< declares the coefficients with their defaults
 
     /// Make the declared defaults the parameter values and the coefficients.
     ///

@@ -21,10 +21,11 @@ public:
     /// "Parameter": the name of the reference to the parameter variable.
     static const QString ParameterVar;
 
-    ParameterizedResultData();
-    explicit ParameterizedResultData(const QString& name);
+    ParameterizedResultData();                             ///< unnamed, without parameter and members
+    explicit ParameterizedResultData(const QString& name); ///< without parameter and members
+    /// With clones of the children: references to the members; the members themselves aren't copied.
     ParameterizedResultData(const ParameterizedResultData& other);
-    ParameterizedResultData& operator=(const ParameterizedResultData& other);
+    ParameterizedResultData& operator=(const ParameterizedResultData& other); ///< as a PropertyObject's
 
     const QString& PropertyObjType() const override;
     ~ParameterizedResultData() override;

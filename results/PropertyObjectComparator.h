@@ -16,9 +16,10 @@ class PropertyObject;
 class ORRERYCOREVARIABLES_EXPORT PropertyObjectComparator
 {
 public:
+    /// Both must outlive the comparator.
     PropertyObjectComparator(const PropertyObject& first, const PropertyObject& second);
 
-    int sameNames();
+    int sameNames(); ///< whether the two folders have one name
 
     /// Whether the two are of one class; a derived class is another one.
     int sameTypes();
@@ -31,7 +32,7 @@ public:
     /// Whether name, class and all that stands below `first` are the same in `second`.
     int sameFields();
 
-    int sameEverything();
+    int sameEverything(); ///< sameValues() and then sameFields()
 
 private:
     const PropertyObject& m_first;
@@ -40,6 +41,7 @@ private:
 
 /// sameValues() and then sameFields(); false for an object and itself if it is a variable with a NaN.
 ORRERYCOREVARIABLES_EXPORT bool operator==(const PropertyObject& left, const PropertyObject& right);
+/// The opposite of ==.
 ORRERYCOREVARIABLES_EXPORT bool operator!=(const PropertyObject& left, const PropertyObject& right);
 
 } // namespace Orrery

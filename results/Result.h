@@ -21,8 +21,8 @@ public:
 
     /// Edge:   a result whose application can't be stored isn't serializable.
     Result(const QString& name, const QString& applicationId);
-    Result(const Result& other);
-    Result& operator=(const Result& other);
+    Result(const Result& other);            ///< with clones of the children; no parent
+    Result& operator=(const Result& other); ///< as the assignment of a PropertyObject
 
     const QString& PropertyObjType() const override;
     ~Result() override;
@@ -30,14 +30,14 @@ public:
 
     /// The folder of data of that name, owned by this result; null for none and for a child of another kind.
     ResultData* GetResultData(const QString& name);
-    const ResultData* GetResultData(const QString& name) const;
+    const ResultData* GetResultData(const QString& name) const; ///< likewise, for reading
 
     /// Append the folders of data to the list, in the order of their names. References to such aren't.
     ///
     /// Errors: ER_INVALID_ARGUMENT for a null list.
     ERESULT GetResultDataList(QList<ResultData*>* list);
-    ERESULT GetResultDataList(QList<const ResultData*>* list) const;
-    QList<ResultData*> GetResultDataList();
+    ERESULT GetResultDataList(QList<const ResultData*>* list) const; ///< likewise, for reading
+    QList<ResultData*> GetResultDataList(); ///< the folders of data alone, in a new list
 
     /// The folder for what has led to the result, made when it is missing and owned by it.
     ///

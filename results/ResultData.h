@@ -18,10 +18,10 @@ class Variable;
 class ORRERYCOREVARIABLES_EXPORT ResultData : public PropertyObject
 {
 public:
-    ResultData();
-    explicit ResultData(const QString& name);
-    ResultData(const ResultData& other);
-    ResultData& operator=(const ResultData& other);
+    ResultData();                                   ///< unnamed, without variables
+    explicit ResultData(const QString& name);       ///< without variables
+    ResultData(const ResultData& other);            ///< with clones of the variables; no parent
+    ResultData& operator=(const ResultData& other); ///< as the assignment of a PropertyObject
 
     const QString& PropertyObjType() const override;
     ~ResultData() override;
@@ -29,7 +29,7 @@ public:
 
     /// The variable of that name, owned by this folder; null without one. A reference to a variable isn't one.
     virtual Variable* FindResultVar(const QString& name);
-    virtual const Variable* FindResultVar(const QString& name) const;
+    virtual const Variable* FindResultVar(const QString& name) const; ///< likewise, for reading
 
     /// Append the variables to the list, in the order of their names.
     ///

@@ -26,16 +26,16 @@ class Variable;
 /// Threads: no lock; one thread at a time, like the Variable.
 struct ORRERYCOREVARIABLES_EXPORT DataObserver
 {
-    using Locator = std::function<Variable*(QString, QString)>;
-    using Notifier = std::function<void(Variable*)>;
-    using Tracker = DirtyTracker<DataObserver, DataObserver*>;
+    using Locator = std::function<Variable*(QString, QString)>; ///< finds a Variable for a host by two texts
+    using Notifier = std::function<void(Variable*)>;            ///< tells a host of a Variable
+    using Tracker = DirtyTracker<DataObserver, DataObserver*>;  ///< a node below the Variable's
 
     /// Observes nothing yet. The locator finds no Variable, the notifier does nothing.
     DataObserver();
 
     /// A copy shares the tracker and takes the rest as it is.
     DataObserver(const DataObserver& other);
-    DataObserver& operator=(const DataObserver& other);
+    DataObserver& operator=(const DataObserver& other); ///< as the copy; the former tracker is let go of
 
     /// Leaves the tracker of the Variable alone: the entry there expires by itself.
     ~DataObserver();
@@ -45,8 +45,8 @@ struct ORRERYCOREVARIABLES_EXPORT DataObserver
     /// The tracker leaves the former Variable's and is bound to the new one's: it is dirty at once if that is.
     /// Edge: the present Variable again changes nothing.
     DataObserver& setVariable(Variable* variable);
-    DataObserver& setLocator(Locator function);
-    DataObserver& setNotifier(Notifier function);
+    DataObserver& setLocator(Locator function);   ///< for the host's use. Returns this observer
+    DataObserver& setNotifier(Notifier function); ///< for the host's use. Returns this observer
 
     /// The Variable as it was set. Nothing clears it when the Variable is destroyed; see livingVariable().
     Variable* getVariable() const { return m_variable; }
@@ -54,13 +54,13 @@ struct ORRERYCOREVARIABLES_EXPORT DataObserver
     /// The Variable; null when there is none, when it was destroyed, and while its destruction is under way.
     Variable* livingVariable() const;
 
-    QString getVariableName() const;
-    QString getVariablePath() const;
-    Notifier getNotifier() const { return notifier; }
-    const std::shared_ptr<Tracker>& getDirtyTracker() const { return m_dirtyTracker; }
+    QString getVariableName() const;                  ///< the host's text in variableName
+    QString getVariablePath() const;                  ///< the host's text in variablePath
+    Notifier getNotifier() const { return notifier; } ///< a copy of the host's callback
+    const std::shared_ptr<Tracker>& getDirtyTracker() const { return m_dirtyTracker; } ///< never null
 
-    Locator locator;
-    Notifier notifier;
+    Locator locator;   ///< the host's; never called here
+    Notifier notifier; ///< the host's; never called here
 
 private:
     std::shared_ptr<Tracker> m_dirtyTracker;

@@ -27,6 +27,7 @@ struct ORRERYCOREVARIABLES_EXPORT AbstractDirtyTracker
     /// One side of the edges of a node: a set of weak pointers, ordered by owner.
     struct ORRERYCOREVARIABLES_EXPORT Nodes
     {
+        /// Weak pointers, ordered by owner, so that an expired one keeps its place.
         using WeakSet = std::set<std::weak_ptr<AbstractDirtyTracker>,
                                  std::owner_less<std::weak_ptr<AbstractDirtyTracker>>>;
 
@@ -43,7 +44,7 @@ struct ORRERYCOREVARIABLES_EXPORT AbstractDirtyTracker
         /// Edge: a node that is absent, or null, changes nothing.
         void remove(std::shared_ptr<AbstractDirtyTracker> node);
 
-        void clear();
+        void clear(); ///< erase all entries of this side only
 
         /// A copy of all entries, expired ones included.
         WeakSet nodes() const;
@@ -54,7 +55,7 @@ struct ORRERYCOREVARIABLES_EXPORT AbstractDirtyTracker
         WeakSet m_nodes;
     };
 
-    AbstractDirtyTracker() = default;
+    AbstractDirtyTracker() = default; ///< clean, without edges
     AbstractDirtyTracker(const AbstractDirtyTracker&) = delete;
     AbstractDirtyTracker& operator=(const AbstractDirtyTracker&) = delete;
 
@@ -63,9 +64,9 @@ struct ORRERYCOREVARIABLES_EXPORT AbstractDirtyTracker
     /// Cost: of any chain, one node: no destruction leads to another.
     virtual ~AbstractDirtyTracker();
 
-    bool isClean() const { return getDirtyState() == s_clean; }
-    bool isDirty() const { return getDirtyState() == s_dirty; }
-    bool isUpdating() const { return getDirtyState() == s_updating; }
+    bool isClean() const { return getDirtyState() == s_clean; }       ///< nothing is to be done
+    bool isDirty() const { return getDirtyState() == s_dirty; }       ///< to be computed at the next read
+    bool isUpdating() const { return getDirtyState() == s_updating; } ///< being computed just now
 
     /// 0 clean, 1 updating, -1 dirty.
     int getDirtyState() const { return static_cast<std::int32_t>(m_condition.load() & s_stateBits); }

@@ -26,6 +26,7 @@ class ORRERYCOREVARIABLES_EXPORT Variable::Notifier : public QObject
     Q_OBJECT
 
 public:
+    /// Used as a guard of the slots, not as a node of a graph.
     using Tracker = DirtyTracker<Variable::Notifier, Variable::Notifier*>;
 
     Notifier();
@@ -36,7 +37,7 @@ public:
 
     /// The observer that follows the Variable for references; empty until it is set.
     void setObserver(std::shared_ptr<DataObserver> observer);
-    std::shared_ptr<DataObserver> getObserver() const;
+    std::shared_ptr<DataObserver> getObserver() const; ///< shares its ownership
 
     // To call a signal emits it past the guard.
 Q_SIGNALS:

@@ -26,11 +26,11 @@ class Variable;
 class ORRERYCOREVARIABLES_EXPORT ObservablePropertyReference : public PropertyReference
 {
 public:
-    explicit ObservablePropertyReference(const QString& name);
+    explicit ObservablePropertyReference(const QString& name); ///< stands for nothing yet
 
     /// Copies and clones share the observer.
     ObservablePropertyReference(const ObservablePropertyReference& other);
-    ObservablePropertyReference& operator=(const ObservablePropertyReference& other);
+    ObservablePropertyReference& operator=(const ObservablePropertyReference& other); ///< shares the observer
 
     ~ObservablePropertyReference() override;
     AbstractProperty* DoClone() const override;

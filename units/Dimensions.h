@@ -22,11 +22,12 @@ class Units;
 class ORRERYCOREVARIABLES_EXPORT Dimensions
 {
 public:
-    static constexpr std::size_t Count = 9;
+    static constexpr std::size_t Count = 9; ///< the number of base quantities
 
     /// All exponents 0: a plain number.
     constexpr Dimensions() = default;
 
+    /// The exponents one by one: `Dimensions(1, 0, -1, 0, 0, 0, 0, 0, 0)` is a velocity.
     // The order is that of the base quantities, in which every table of units is written.
     // NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
     constexpr Dimensions(int m, int kg, int s, int A, int K, int mol, int cd, int rad, int sr)
@@ -34,6 +35,7 @@ public:
     {
     }
 
+    /// The exponents in the order of the base quantities.
     explicit constexpr Dimensions(const std::array<int, Count>& exponents)
         : m_exponents(exponents)
     {
@@ -61,7 +63,9 @@ ORRERYCOREVARIABLES_EXPORT Dimensions operator*(const Dimensions& a, const Dimen
 /// Exponents of `b` subtracted from those of `a`.
 ORRERYCOREVARIABLES_EXPORT Dimensions operator/(const Dimensions& a, const Dimensions& b);
 
+/// All nine exponents are equal.
 ORRERYCOREVARIABLES_EXPORT bool operator==(const Dimensions& a, const Dimensions& b);
+/// One exponent or more differ.
 ORRERYCOREVARIABLES_EXPORT bool operator!=(const Dimensions& a, const Dimensions& b);
 
 /// A kind of quantity: a name and a reference SI string for one combination of dimensions.
@@ -78,8 +82,8 @@ public:
     /// Whether decibels of a quantity are reckoned as of a power (factor 10) or of a field (factor 20).
     enum decibelType
     {
-        powerDecibel = 0,
-        fieldDecibel = 1
+        powerDecibel = 0, ///< 10 times the logarithm to the base of 10
+        fieldDecibel = 1  ///< 20 times it
     };
 
     /// The name "none", no reference string, all exponents 0. Not in the registry and not equal to
@@ -106,9 +110,9 @@ public:
     /// fieldDecibel for the dimensions of electricPotential and of electricCurrent, else powerDecibel.
     static decibelType GetDBType(const UnitType& type);
 
-    QString GetName() const { return m_name; }
-    QString GetReferenceSIString() const { return m_referenceSI; }
-    Dimensions GetDimensions() const { return m_dimensions; }
+    QString GetName() const { return m_name; }                     ///< for a person, and part of equality
+    QString GetReferenceSIString() const { return m_referenceSI; } ///< as it was registered; "1" for numbers
+    Dimensions GetDimensions() const { return m_dimensions; }      ///< a copy of the nine exponents
 
     /// The unit of the reference string: "N" with scale 1 for `force`, "1" for `dimensionless`.
     Units GetBaseMKSUnits() const;
@@ -116,39 +120,39 @@ public:
     /// Names and exponents are equal. The reference string takes no part.
     bool operator==(const UnitType& other) const;
 
-    static const UnitType& length;
-    static const UnitType& mass;
-    static const UnitType& time;
-    static const UnitType& area;
-    static const UnitType& volume;
-    static const UnitType& planeAngle;
-    static const UnitType& solidAngle;
-    static const UnitType& velocity;
-    static const UnitType& acceleration;
-    static const UnitType& force;
-    static const UnitType& pressure;
-    static const UnitType& energy;
-    static const UnitType& power;
-    static const UnitType& frequency;
-    static const UnitType& electricCurrent;
-    static const UnitType& electricCharge;
-    static const UnitType& electricPotential;
-    static const UnitType& electricResistance;
-    static const UnitType& electricCapacitance;
-    static const UnitType& magneticFlux;
-    static const UnitType& magneticFluxDensity;
-    static const UnitType& inductance;
-    static const UnitType& conductance;
-    static const UnitType& thermodynamicTemperature;
-    static const UnitType& amountOfSubstance;
-    static const UnitType& luminousIntensity;
-    static const UnitType& luminousFlux;
-    static const UnitType& illuminance;
-    static const UnitType& radioactivity;
-    static const UnitType& absorbedDose;
-    static const UnitType& equivalentDose;
-    static const UnitType& catalyticActivity;
-    static const UnitType& dimensionless;
+    static const UnitType& length;                   ///< "m"
+    static const UnitType& mass;                     ///< "kg"
+    static const UnitType& time;                     ///< "s"
+    static const UnitType& area;                     ///< "m^2"
+    static const UnitType& volume;                   ///< "m^3"
+    static const UnitType& planeAngle;               ///< "rad"
+    static const UnitType& solidAngle;               ///< "sr"
+    static const UnitType& velocity;                 ///< "m/s"
+    static const UnitType& acceleration;             ///< "m/s^2"
+    static const UnitType& force;                    ///< "N"
+    static const UnitType& pressure;                 ///< "Pa"
+    static const UnitType& energy;                   ///< "J"
+    static const UnitType& power;                    ///< "W"
+    static const UnitType& frequency;                ///< "Hz"; radioactivity has the same dimensions
+    static const UnitType& electricCurrent;          ///< "A"
+    static const UnitType& electricCharge;           ///< "C"
+    static const UnitType& electricPotential;        ///< "V"
+    static const UnitType& electricResistance;       ///< "Ω"
+    static const UnitType& electricCapacitance;      ///< "F"
+    static const UnitType& magneticFlux;             ///< "Wb"
+    static const UnitType& magneticFluxDensity;      ///< "T"
+    static const UnitType& inductance;               ///< "H"
+    static const UnitType& conductance;              ///< "S"
+    static const UnitType& thermodynamicTemperature; ///< "K"
+    static const UnitType& amountOfSubstance;        ///< "mol"
+    static const UnitType& luminousIntensity;        ///< "cd"
+    static const UnitType& luminousFlux;             ///< "lm"
+    static const UnitType& illuminance;              ///< "lx"
+    static const UnitType& radioactivity;            ///< "Bq"
+    static const UnitType& absorbedDose;             ///< "Gy"; equivalentDose has the same dimensions
+    static const UnitType& equivalentDose;           ///< "Sv"
+    static const UnitType& catalyticActivity;        ///< "kat"
+    static const UnitType& dimensionless;            ///< "1"
 
 private:
     friend class Units;

@@ -32,9 +32,9 @@ public:
     struct ORRERYCOREVARIABLES_EXPORT Impl
     {
         bool valid = false; ///< made from a good SI string, from numbers, or from a good saved form
-        UnitType type = UnitType::dimensionless;
-        double scale = 1.0;    ///< multiplier to the SI base
-        double offset = 0.0;   ///< addend to the SI base
+        UnitType type = UnitType::dimensionless; ///< the kind of quantity
+        double scale = 1.0;                      ///< multiplier to the SI base
+        double offset = 0.0;                     ///< addend to the SI base
         double logScale = 0.0; ///< 0 for a linear unit, else the factor of the logarithmic form
 
         /// Read an SI string into type, scale and logScale; offset becomes 0, and `valid` is left alone.
@@ -47,8 +47,8 @@ public:
 
     /// Names of the children.
     static const QString SIUnits;
-    static const QString DisplayUnit;
-    static const QString ConversionFunction;
+    static const QString DisplayUnit;        ///< "DisplayUnit", with the label
+    static const QString ConversionFunction; ///< the Function with the numbers, of a unit made from numbers
 
     /// A plain number with no children. Not valid.
     Units();
@@ -65,6 +65,7 @@ public:
     /// As a copy, but the numbers are taken: the source may only be destroyed afterwards.
     Units(Units&& other); // NOLINT(performance-noexcept-move-constructor): clones
 
+    /// Children and numbers of the other unit; the name as in a PropertyObject assignment.
     Units& operator=(const Units& other);
 
     /// As a copy, but the numbers are exchanged: the source keeps its children and gets the numbers of this unit.
@@ -90,11 +91,11 @@ public:
     /// Cost:   linear in the length; meant for messages, not for loops.
     static SIStringDiagnosis DiagnoseSIString(const QString& text);
 
-    bool IsValid() const { return m_impl->valid; }
-    double GetScale() const { return m_impl->scale; }
-    double GetOffset() const { return m_impl->offset; }
-    double GetLogScale() const { return m_impl->logScale; }
-    const UnitType& GetUnitType() const { return m_impl->type; }
+    bool IsValid() const { return m_impl->valid; } ///< ask before use: nothing else tells of a refused text
+    double GetScale() const { return m_impl->scale; }       ///< multiplier to the SI base
+    double GetOffset() const { return m_impl->offset; }     ///< addend to the SI base, after the scale
+    double GetLogScale() const { return m_impl->logScale; } ///< 0 for a linear unit; 10 or 20 for decibels
+    const UnitType& GetUnitType() const { return m_impl->type; } ///< valid as long as this unit is unchanged
 
     /// Whether the logarithmic scale isn't 0; a NaN counts as not 0.
     bool IsLogarithmic() const { return m_impl->logScale != 0.0; }
@@ -114,6 +115,7 @@ public:
     /// Errors: ER_INVALID_ARGUMENT for a refused text; the unit is not valid then, and keeps its old SI string.
     ERESULT SetSIUnits(const QString& siString);
 
+    /// What GetUnitsLabel() answers from now on; it takes part in equality. Returns this unit.
     Units& SetUnitsLabel(const QString& label);
 
     /// Convert one value from this unit to `target`, by way of the SI base.
@@ -152,7 +154,7 @@ public:
     ERESULT ConvertedTo(const Units& target, const BVariant& data, BVariant* result) const;
 
 protected:
-    explicit Units(const QString& siString);
+    explicit Units(const QString& siString); ///< as FromSIString(), for derived classes
 
     /// ConvertTo for one double without any test.
     double ConvertValueToUnit(double value, const Units& target) const;
@@ -173,12 +175,15 @@ ORRERYCOREVARIABLES_EXPORT bool Dimensionless(const Units& units);
 
 /// Equal dimensions, equal numbers and equal labels. Validity, SI strings and names of types take no part.
 ORRERYCOREVARIABLES_EXPORT bool operator==(const Units& a, const Units& b);
+/// Other dimensions, other numbers or another label.
 ORRERYCOREVARIABLES_EXPORT bool operator!=(const Units& a, const Units& b);
 
 /// The base unit of the product's, the quotient's and the power's dimensions: scale 1, and the type's reference
 /// string as the label. The numbers and the validity of the operands are dropped: km times km is m^2.
 ORRERYCOREVARIABLES_EXPORT Units operator*(const Units& a, const Units& b);
+/// As the product, of the quotient's dimensions.
 ORRERYCOREVARIABLES_EXPORT Units operator/(const Units& a, const Units& b);
+/// As the product, of the power's dimensions.
 ORRERYCOREVARIABLES_EXPORT Units operator^(const Units& a, int n);
 
 /// One line for a log: name, SI string, label and scale.

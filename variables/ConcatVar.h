@@ -11,10 +11,10 @@ namespace Orrery {
 class ORRERYCOREVARIABLES_EXPORT ConcatVar : public Variable
 {
 public:
-    ConcatVar();
-    explicit ConcatVar(const QString& name);
-    ConcatVar(const ConcatVar& other);
-    ConcatVar& operator=(const ConcatVar& other);
+    ConcatVar();                             ///< unnamed, without members
+    explicit ConcatVar(const QString& name); ///< without members
+    ConcatVar(const ConcatVar& other);       ///< as the copy of a Variable: with the references to members
+    ConcatVar& operator=(const ConcatVar& other); ///< as the assignment of a Variable
 
     const QString& PropertyObjType() const override;
     ~ConcatVar() override;

@@ -12,10 +12,10 @@ namespace Orrery {
 class ORRERYCOREVARIABLES_EXPORT ExplicitDataVar : public Variable
 {
 public:
-    ExplicitDataVar();
-    explicit ExplicitDataVar(const QString& name);
-    ExplicitDataVar(const ExplicitDataVar& other);
-    ExplicitDataVar& operator=(const ExplicitDataVar& other);
+    ExplicitDataVar();                                        ///< unnamed, with null data
+    explicit ExplicitDataVar(const QString& name);            ///< with null data
+    ExplicitDataVar(const ExplicitDataVar& other);            ///< as the copy of a Variable
+    ExplicitDataVar& operator=(const ExplicitDataVar& other); ///< as the assignment of a Variable
 
     const QString& PropertyObjType() const override;
     ~ExplicitDataVar() override;

@@ -14,12 +14,12 @@ namespace Orrery {
 class ORRERYCOREVARIABLES_EXPORT FunctionVar : public Variable
 {
 public:
-    FunctionVar();
-    explicit FunctionVar(const QString& name);
+    FunctionVar();                             ///< unnamed and dirty, without arguments and Function
+    explicit FunctionVar(const QString& name); ///< dirty, without arguments and Function
 
     /// As the copy of a Variable. The copy is dirty, and bound to nothing until FunctionVarStrategy::Relink().
     FunctionVar(const FunctionVar& other);
-    FunctionVar& operator=(const FunctionVar& other);
+    FunctionVar& operator=(const FunctionVar& other); ///< as the copy construction
 
     const QString& PropertyObjType() const override;
     ~FunctionVar() override;
@@ -32,16 +32,16 @@ public:
 
     /// See FunctionVarStrategy, for each of these.
     ERESULT AddArgumentRef(const Variable* argument);
-    void DeleteArguments();
-    ERESULT GetArguments(QList<AbstractProperty*>* list) const;
-    ERESULT SetFunction(Function* function);
-    Function* GetFunction() const;
+    void DeleteArguments();                                     ///< the result stays as it is
+    ERESULT GetArguments(QList<AbstractProperty*>* list) const; ///< the references, not what they refer to
+    ERESULT SetFunction(Function* function);                    ///< takes it over on success
+    Function* GetFunction() const;                              ///< stays the variable's; null without one
 
     /// "FunctionVar", the name under which the class is saved.
     static const QString& StaticType();
 
 protected:
-    void Init();
+    void Init(); ///< gives a new variable the function strategy
 };
 
 /// Relink() each function variable of a tree, the given folder included: what a host calls once after it has opened

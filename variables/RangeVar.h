@@ -12,10 +12,10 @@ namespace Orrery {
 class ORRERYCOREVARIABLES_EXPORT RangeVar : public Variable
 {
 public:
-    RangeVar();
-    explicit RangeVar(const QString& name);
-    RangeVar(const RangeVar& other);
-    RangeVar& operator=(const RangeVar& other);
+    RangeVar();                                 ///< unnamed, without its three parameters
+    explicit RangeVar(const QString& name);     ///< without its three parameters
+    RangeVar(const RangeVar& other);            ///< as the copy of a Variable: with the parameters
+    RangeVar& operator=(const RangeVar& other); ///< as the assignment of a Variable: with the parameters
 
     const QString& PropertyObjType() const override;
     ~RangeVar() override;
@@ -26,8 +26,8 @@ public:
     /// Errors: as there; ER_FAILED for a moved-from Variable.
     /// Edge:   the kind of the present strategy doesn't matter.
     ERESULT SetStart(const BVariant& value);
-    ERESULT SetStep(const BVariant& value);
-    ERESULT SetCount(const BVariant& value);
+    ERESULT SetStep(const BVariant& value);  ///< a range without one counts by 1
+    ERESULT SetCount(const BVariant& value); ///< how many values there are
 
     /// The three parameters as numbers, as RangeVarStrategy::GetParams.
     ///

@@ -23,8 +23,8 @@ public:
     ///         former parameter is then kept.
     /// Edge:   neither type, sign nor range of the value is examined.
     ERESULT SetStart(const BVariant& value);
-    ERESULT SetStep(const BVariant& value);
-    ERESULT SetCount(const BVariant& value);
+    ERESULT SetStep(const BVariant& value);  ///< a range without one counts by 1
+    ERESULT SetCount(const BVariant& value); ///< how many values there are
 
     /// The three parameters as numbers.
     ///

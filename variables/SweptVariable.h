@@ -12,10 +12,10 @@ namespace Orrery {
 class ORRERYCOREVARIABLES_EXPORT SweptVariable : public Variable
 {
 public:
-    SweptVariable();
-    explicit SweptVariable(const QString& name);
-    SweptVariable(const SweptVariable& other);
-    SweptVariable& operator=(const SweptVariable& other);
+    SweptVariable();                                      ///< unnamed, without parameter and concatenation
+    explicit SweptVariable(const QString& name);          ///< without parameter and concatenation
+    SweptVariable(const SweptVariable& other);            ///< as the copy of a Variable
+    SweptVariable& operator=(const SweptVariable& other); ///< as the assignment of a Variable
 
     const QString& PropertyObjType() const override;
     ~SweptVariable() override;
@@ -26,7 +26,7 @@ public:
     /// Errors: as there; ER_FAILED for a moved-from Variable.
     /// Edge:   the kind of the present strategy doesn't matter.
     ERESULT SetParameter(const Variable* variable);
-    ERESULT SetConcatVar(const Variable* variable);
+    ERESULT SetConcatVar(const Variable* variable); ///< the concatenation to stretch along
 
     /// "SweptVariable", the name under which the class is saved.
     static const QString& StaticType();

@@ -40,10 +40,11 @@ public:
     /// Its signals tell of the changes of a Variable; defined in tracking/Notifier.h.
     class Notifier;
 
-    using Tracker = DirtyTracker<Variable, Variable*>;
+    using Tracker = DirtyTracker<Variable, Variable*>; ///< its node of the dirty graph
 
-    Variable();
-    explicit Variable(const QString& name);
+    Variable();                             ///< unnamed, with the explicit strategy and null data
+    explicit Variable(const QString& name); ///< with the explicit strategy and null data
+    /// With the explicit strategy and `data`; the tracker is dirty until the first read.
     Variable(const QString& name, const BVariant& data);
 
     /// Clones of the children and a strategy of the same kind. Notifier and tracker are new, the tracker clean;
@@ -172,12 +173,12 @@ public:
     ///
     /// Errors: ER_NOT_FOUND with a null *out without such units; ER_INVALID_ARGUMENT for a null `out`.
     ERESULT GetUnits(const Units** out) const;
-    ERESULT GetDisplayUnits(const Units** out) const;
+    ERESULT GetDisplayUnits(const Units** out) const; ///< those in which to show the data
 
     /// The same, with default units (not valid, a plain number) where there are none. Display units fall back to
     /// the units of the data first.
     const Units& GetUnits() const;
-    const Units& GetDisplayUnits() const;
+    const Units& GetDisplayUnits() const; ///< never missing, see above
 
     /// Store a copy of the units. Display units stay as they are, even if they don't fit any more.
     ERESULT SetUnits(const Units& units);
@@ -208,7 +209,7 @@ public:
     /// The observer that follows this Variable for references, which the notifier holds; null by default and
     /// for a moved-from Variable, which takes none.
     void setObserver(std::shared_ptr<DataObserver> observer);
-    std::shared_ptr<DataObserver> getObserver() const;
+    std::shared_ptr<DataObserver> getObserver() const; ///< shares its ownership
 
     /// Give this Variable a strategy of exactly the type S, keep the present one if it is that, and note its
     /// kind in "VariableStrategy". No other child is touched. The result is owned by the Variable.

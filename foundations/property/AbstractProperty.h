@@ -28,12 +28,12 @@ enum PropertyFlags : unsigned int
 /// Bits of the word that GetTypeFlags() returns: the kind of a node without a cast.
 enum PropertyTypeFlags : unsigned int
 {
-    PropertyTypeFlagObject = 1,
-    PropertyTypeFlagVariable = 2,
-    PropertyTypeFlagMetadata = 4,
-    PropertyTypeFlagFileRoot = 8,
-    PropertyTypeFlagReference = 16,
-    PropertyTypeFlagSimple = 32
+    PropertyTypeFlagObject = 1,     ///< a folder
+    PropertyTypeFlagVariable = 2,   ///< a folder that is a variable
+    PropertyTypeFlagMetadata = 4,   ///< a folder that describes other data
+    PropertyTypeFlagFileRoot = 8,   ///< the root folder of a data file
+    PropertyTypeFlagReference = 16, ///< stands for another node
+    PropertyTypeFlagSimple = 32     ///< a leaf with a value
 };
 
 /// One named node of the tree of properties; what is saved and loaded is such a tree.
@@ -47,9 +47,9 @@ enum PropertyTypeFlags : unsigned int
 class ORRERYCORE_EXPORT AbstractProperty
 {
 public:
-    AbstractProperty& operator=(const AbstractProperty&) = delete;
+    AbstractProperty& operator=(const AbstractProperty&) = delete; ///< each class assigns in its own way
 
-    static const QString& StaticType();
+    static const QString& StaticType(); ///< "AbstractProperty"; no node is saved under it
 
     /// The type name of the concrete class, under which it is saved.
     virtual const QString& PropertyObjType() const;
@@ -77,7 +77,7 @@ public:
     /// DoClone makes none, or one in a folder that a handler destroys or moves while it is taken out.
     AbstractProperty* Clone() const;
 
-    QString GetName() const { return m_name; }
+    QString GetName() const { return m_name; } ///< unique among its siblings; may be empty
 
     /// Rename the node and tell it and all its descendants.
     ///
@@ -101,26 +101,29 @@ public:
     /// Whether the root of the tree is a file's root folder.
     bool HasFileRoot() const;
 
-    unsigned int GetPropertyFlags() const { return m_propertyFlags; }
-    void SetPropertyFlags(unsigned int flags) { m_propertyFlags = flags; }
+    unsigned int GetPropertyFlags() const { return m_propertyFlags; }      ///< as PropertyFlags
+    void SetPropertyFlags(unsigned int flags) { m_propertyFlags = flags; } ///< replaces all; nobody is told
 
-    bool IsReadOnly() const { return (m_propertyFlags & PropertyFlagReadOnly) != 0; }
-    bool IsHidden() const { return (m_propertyFlags & PropertyFlagHidden) != 0; }
+    bool IsReadOnly() const { return (m_propertyFlags & PropertyFlagReadOnly) != 0; } ///< a hint for editors
+    bool IsHidden() const { return (m_propertyFlags & PropertyFlagHidden) != 0; }     ///< a hint for views
+    /// Whether the node is written when the tree is saved.
     bool IsSerializable() const { return (m_propertyFlags & PropertyFlagSerializable) != 0; }
 
     /// Set or clear PropertyFlagSerializable; a new node has it.
     void SetSerializable(bool serializable);
 
-    bool IsPropertyObject() const { return (GetTypeFlags() & PropertyTypeFlagObject) != 0; }
-    bool IsVariable() const { return (GetTypeFlags() & PropertyTypeFlagVariable) != 0; }
-    bool IsMetadata() const { return (GetTypeFlags() & PropertyTypeFlagMetadata) != 0; }
-    bool IsFileRoot() const { return (GetTypeFlags() & PropertyTypeFlagFileRoot) != 0; }
+    bool IsPropertyObject() const { return (GetTypeFlags() & PropertyTypeFlagObject) != 0; } ///< a folder
+    bool IsVariable() const { return (GetTypeFlags() & PropertyTypeFlagVariable) != 0; }     ///< a Variable
+    bool IsMetadata() const { return (GetTypeFlags() & PropertyTypeFlagMetadata) != 0; }     ///< a Metadata
+    bool IsFileRoot() const { return (GetTypeFlags() & PropertyTypeFlagFileRoot) != 0; } ///< a file's root
+    /// Whether it is a PropertyReference.
     bool IsPropertyReference() const { return (GetTypeFlags() & PropertyTypeFlagReference) != 0; }
+    /// Whether it is a SimpleProperty.
     bool IsSimpleProperty() const { return (GetTypeFlags() & PropertyTypeFlagSimple) != 0; }
 
 protected:
-    AbstractProperty();
-    explicit AbstractProperty(const QString& name);
+    AbstractProperty();                             ///< unnamed, serializable, without a parent
+    explicit AbstractProperty(const QString& name); ///< named, serializable, without a parent
 
     /// Copies the name and the flags. The copy has no parent.
     AbstractProperty(const AbstractProperty& other);

@@ -31,10 +31,10 @@ enum IsCellArray
 class ORRERYCORE_EXPORT OrreryException : public std::exception
 {
 public:
-    explicit OrreryException(ERESULT result) noexcept;
-    OrreryException(const OrreryException&) noexcept;
-    OrreryException(OrreryException&&) noexcept;
-    OrreryException& operator=(const OrreryException&) noexcept;
+    explicit OrreryException(ERESULT result) noexcept; ///< carries `result`, which should be a failing one
+    OrreryException(const OrreryException&) noexcept;  ///< carries the same code
+    OrreryException(OrreryException&&) noexcept;       ///< carries the same code; the source keeps it
+    OrreryException& operator=(const OrreryException&) noexcept; ///< takes the code over
     ~OrreryException() override;
 
     /// The code that had no way back.

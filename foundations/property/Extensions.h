@@ -8,9 +8,9 @@ namespace Orrery::Extensions {
 class ORRERYCORE_EXPORT IExtender
 {
 public:
-    IExtender() = default;
-    IExtender(const IExtender&) = default;
-    IExtender& operator=(const IExtender&) = default;
+    IExtender() = default;                            ///< holds nothing
+    IExtender(const IExtender&) = default;            ///< what a derived class adds decides what is copied
+    IExtender& operator=(const IExtender&) = default; ///< likewise
     virtual ~IExtender();
 };
 
@@ -18,9 +18,9 @@ public:
 class ORRERYCORE_EXPORT IAbstractExtension
 {
 public:
-    IAbstractExtension() = default;
-    IAbstractExtension(const IAbstractExtension&) = default;
-    IAbstractExtension& operator=(const IAbstractExtension&) = default;
+    IAbstractExtension() = default;                                     ///< attached to nothing
+    IAbstractExtension(const IAbstractExtension&) = default;            ///< a copy is attached to nothing
+    IAbstractExtension& operator=(const IAbstractExtension&) = default; ///< what this is attached to stays
     virtual ~IAbstractExtension();
 };
 

@@ -9,10 +9,10 @@ namespace Orrery {
 class ORRERYCORE_EXPORT Metadata : public PropertyObject
 {
 public:
-    Metadata();
-    explicit Metadata(const QString& name);
-    Metadata(const Metadata& other);
-    Metadata& operator=(const Metadata& other);
+    Metadata();                                 ///< an unnamed, empty folder
+    explicit Metadata(const QString& name);     ///< an empty folder of that name, without a parent
+    Metadata(const Metadata& other);            ///< name, flags and clones of the children; no parent
+    Metadata& operator=(const Metadata& other); ///< as the assignment of a PropertyObject
 
     unsigned int GetTypeFlags() const override;
     ~Metadata() override;

@@ -21,14 +21,14 @@ struct NodeLife;
 class ORRERYCORE_EXPORT PropertyHandle
 {
 public:
-    PropertyHandle() = default;
+    PropertyHandle() = default; ///< follows nothing
 
     /// Follow `node`; a null node and one that is being destroyed give an empty handle.
     explicit PropertyHandle(const AbstractProperty* node);
 
-    PropertyHandle(const PropertyHandle& other) noexcept;
-    PropertyHandle(PropertyHandle&& other) noexcept;
-    PropertyHandle& operator=(PropertyHandle other) noexcept;
+    PropertyHandle(const PropertyHandle& other) noexcept; ///< follows the same node
+    PropertyHandle(PropertyHandle&& other) noexcept; ///< follows it in place of `other`, which is empty then
+    PropertyHandle& operator=(PropertyHandle other) noexcept; ///< follows what `other` follows
     ~PropertyHandle();
 
     /// The node; null when it was destroyed, when its destruction is under way, and in an empty handle.

@@ -38,8 +38,8 @@ public:
     /// The most folders on the way from a root down to a leaf, the root included.
     static constexpr int MaxDepth = 1000;
 
-    PropertyObject();
-    explicit PropertyObject(const QString& name);
+    PropertyObject();                             ///< unnamed, empty, without a parent
+    explicit PropertyObject(const QString& name); ///< empty, without a parent
 
     /// Name, flags and clones of the children; no parent.
     ///
@@ -55,7 +55,7 @@ public:
     /// Edge:   the other folder may lie in this one, or above it.
     PropertyObject& operator=(const PropertyObject& other);
 
-    static const QString& StaticType();
+    static const QString& StaticType(); ///< "PropertyObject"
     const QString& PropertyObjType() const override;
     unsigned int GetTypeFlags() const override;
     void OnDeserialization() override;
@@ -66,11 +66,11 @@ public:
     /// A plain folder with clones of the children.
     AbstractProperty* DoClone() const override;
 
-    int GetPropertyCount() const;
+    int GetPropertyCount() const; ///< the number of children; those below them don't count
 
     /// The child of that name, or null.
     AbstractProperty* GetPropertyPtr(const QString& name);
-    const AbstractProperty* GetPropertyConstPtr(const QString& name) const;
+    const AbstractProperty* GetPropertyConstPtr(const QString& name) const; ///< likewise, for reading
 
     /// The child of that name as a T; null for none and for a child of another kind.
     template <class T>
@@ -79,7 +79,7 @@ public:
         return dynamic_cast<T*>(GetPropertyPtr(name));
     }
 
-    bool HasProperty(const QString& name) const;
+    bool HasProperty(const QString& name) const; ///< whether there is a child of that name
 
     /// Add a node under its own name and take it over.
     ///
@@ -114,9 +114,10 @@ public:
     ///
     /// Errors: ER_INVALID_ARGUMENT if the child is no SimpleProperty; it is kept.
     ERESULT SetProperty(const QString& name, const BVariant& value);
-    ERESULT SetProperty(const QString& name, const QString& value);
+    ERESULT SetProperty(const QString& name, const QString& value); ///< the text form
     template <class T,
               std::enable_if_t<std::is_arithmetic_v<T> && std::is_constructible_v<BVariant, T>, int> = 0>
+    /// For a number or a bool, stored as the scalar of its own type.
     ERESULT SetProperty(const QString& name, T value)
     {
         return SetProperty(name, BVariant(value));

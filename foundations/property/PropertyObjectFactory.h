@@ -24,7 +24,7 @@ public:
     /// Makes a new object, which the caller owns. It runs whenever a file with such a folder is loaded.
     using Creator = PropertyObject* (*)();
 
-    static PropertyObjectFactory& Instance();
+    static PropertyObjectFactory& Instance(); ///< the one of the process, valid to its end
 
     PropertyObjectFactory(const PropertyObjectFactory&) = delete;
     PropertyObjectFactory& operator=(const PropertyObjectFactory&) = delete;
@@ -35,7 +35,7 @@ public:
     ///         whose first creator stays.
     ERESULT RegisterType(QString typeName, Creator creator);
 
-    bool IsRegistered(const QString& typeName) const;
+    bool IsRegistered(const QString& typeName) const; ///< whether Create() knows the name
 
     /// A new object of that type, owned by the caller; null for an unknown name.
     PropertyObject* Create(const QString& typeName) const;

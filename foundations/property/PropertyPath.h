@@ -22,7 +22,7 @@ namespace Property {
 
 /// One name as a step of a path, and back. DecodeName(EncodeName(name)) is the name.
 ORRERYCORE_EXPORT QString EncodeName(const QString& name);
-ORRERYCORE_EXPORT QString DecodeName(const QString& step);
+ORRERYCORE_EXPORT QString DecodeName(const QString& step); ///< the name that the step stands for
 
 /// The full path of the node with these names from the root's child downward.
 ORRERYCORE_EXPORT QString BuildPath(const QStringList& names);

@@ -21,7 +21,7 @@ public:
     /// Takes over the value and its cell-array flag; name, flags and place stay.
     SimpleProperty& operator=(const SimpleProperty& other);
 
-    static const QString& StaticType();
+    static const QString& StaticType(); ///< "SimpleProperty"
     const QString& PropertyObjType() const override;
     unsigned int GetTypeFlags() const override;
     ~SimpleProperty() override;
@@ -30,8 +30,8 @@ public:
     /// Always ER_SUCCESS.
     ERESULT SetValue(BVariant value, IsCellArray flag);
 
-    BVariant GetValue() const;
-    IsCellArray GetValueIsCellArray() const;
+    BVariant GetValue() const;               ///< the value; an array is shared, not copied
+    IsCellArray GetValueIsCellArray() const; ///< the flag that was stored with it
 
     /// The value itself, for reading without a copy; valid until it is set again.
     const BVariant& GetValueRef() const { return m_value; }

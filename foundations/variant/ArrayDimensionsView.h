@@ -13,15 +13,17 @@ namespace Brindle::Quay {
 class ArrayDimensionsView
 {
 public:
-    using value_type = std::uint64_t;
-    using const_iterator = const std::uint64_t*;
+    using value_type = std::uint64_t;            ///< what is seen: the size of one dimension
+    using const_iterator = const std::uint64_t*; ///< valid as long as the sizes
 
-    constexpr ArrayDimensionsView() noexcept = default;
+    constexpr ArrayDimensionsView() noexcept = default; ///< no dimensions
+    /// Sees `count` sizes from `sizes` on, which must outlive the view.
     constexpr ArrayDimensionsView(const std::uint64_t* sizes, std::size_t count) noexcept
         : m_sizes(sizes)
         , m_count(count)
     {
     }
+    /// Sees the sizes in the vector, which must outlive the view and not grow meanwhile.
     ArrayDimensionsView(const std::vector<std::uint64_t>& sizes) noexcept
         : m_sizes(sizes.data())
         , m_count(sizes.size())
@@ -34,11 +36,13 @@ public:
         m_count = sizes.size();
     }
 
+    /// The size of the first dimension.
     constexpr const std::uint64_t* begin() const noexcept { return m_sizes; }
-    constexpr const std::uint64_t* end() const noexcept { return m_sizes + m_count; }
+    constexpr const std::uint64_t* end() const noexcept { return m_sizes + m_count; } ///< behind the last
+    /// The sizes in memory; may be no pointer without dimensions.
     constexpr const std::uint64_t* data() const noexcept { return m_sizes; }
-    constexpr std::size_t size() const noexcept { return m_count; }
-    constexpr bool empty() const noexcept { return m_count == 0; }
+    constexpr std::size_t size() const noexcept { return m_count; } ///< the number of dimensions
+    constexpr bool empty() const noexcept { return m_count == 0; }  ///< whether there are no dimensions
     /// Edge: unchecked; `position` must be below size().
     constexpr std::uint64_t operator[](std::size_t position) const noexcept { return m_sizes[position]; }
 
@@ -71,7 +75,7 @@ public:
     /// True when there are two elements or more, along more than one dimension: the ordering matters.
     constexpr bool isMultiDimensional() const noexcept { return elementCount() >= 2 && longDimensions() > 1; }
 
-    std::vector<std::uint64_t> toVector() const { return {begin(), end()}; }
+    std::vector<std::uint64_t> toVector() const { return {begin(), end()}; } ///< a copy that may outlive them
 
 private:
     constexpr std::size_t longDimensions() const noexcept
@@ -98,6 +102,7 @@ constexpr bool operator==(ArrayDimensionsView a, ArrayDimensionsView b) noexcept
     return true;
 }
 
+/// Another number of dimensions, or another size of one of them.
 constexpr bool operator!=(ArrayDimensionsView a, ArrayDimensionsView b) noexcept
 {
     return !(a == b);

@@ -21,12 +21,14 @@ public:
     /// The sum of each index times the product of the dimensions after it.
     static std::uint64_t calculateOffsetRowMajor(const std::vector<std::uint64_t>& indices,
                                                  ArrayDimensionsView dimensions, bool check);
+    /// The same for `count` indices in memory.
     static std::uint64_t calculateOffsetRowMajor(const std::uint64_t* indices, std::size_t count,
                                                  ArrayDimensionsView dimensions, bool check);
 
     /// The sum of each index times the product of the dimensions before it.
     static std::uint64_t calculateOffsetColumnMajor(const std::vector<std::uint64_t>& indices,
                                                     ArrayDimensionsView dimensions, bool check);
+    /// The same for `count` indices in memory.
     static std::uint64_t calculateOffsetColumnMajor(const std::uint64_t* indices, std::size_t count,
                                                     ArrayDimensionsView dimensions, bool check);
 

@@ -26,9 +26,9 @@ public:
     virtual IndexItem* clone() const = 0;
 
 protected:
-    constexpr IndexItem() noexcept = default;
-    constexpr IndexItem(const IndexItem&) noexcept = default;
-    IndexItem& operator=(const IndexItem&) noexcept = default;
+    constexpr IndexItem() noexcept = default;                  ///< selects what the derived class says
+    constexpr IndexItem(const IndexItem&) noexcept = default;  ///< for derived classes; hosts call clone()
+    IndexItem& operator=(const IndexItem&) noexcept = default; ///< for derived classes
 };
 
 /// One index, counted from the start or, with `fromEnd`, backward from the last one, which is 0.
@@ -37,14 +37,15 @@ protected:
 class QUAYCORE_EXPORT IndexValue final : public IndexItem
 {
 public:
+    /// Any number is taken; whether it lies inside shows when a dimension is known.
     constexpr IndexValue(std::uint64_t value, bool fromEnd = false) noexcept
         : m_value(value)
         , m_fromEnd(fromEnd)
     {
     }
 
-    std::uint64_t value() const noexcept { return m_value; }
-    bool fromEnd() const noexcept { return m_fromEnd; }
+    std::uint64_t value() const noexcept { return m_value; } ///< as it was given
+    bool fromEnd() const noexcept { return m_fromEnd; } ///< whether it counts backward from the last index
 
     /// The index itself, without a list around it.
     ///
@@ -68,11 +69,12 @@ public:
     /// Start, step and number of the selected indices: a range as it is walked, without a list.
     struct Progression
     {
-        std::uint64_t start;
-        std::uint64_t stride;
-        std::uint64_t count;
+        std::uint64_t start;  ///< the first selected index
+        std::uint64_t stride; ///< the distance of two neighbours
+        std::uint64_t count;  ///< how many there are
     };
 
+    /// Anything is taken; progression() tells what can't be.
     IndexRange(const IndexValue& first, const IndexValue& last, std::uint64_t stride = 1) noexcept
         : m_first(first)
         , m_last(last)
@@ -80,9 +82,9 @@ public:
     {
     }
 
-    const IndexValue& first() const noexcept { return m_first; }
-    const IndexValue& last() const noexcept { return m_last; }
-    std::uint64_t stride() const noexcept { return m_stride; }
+    const IndexValue& first() const noexcept { return m_first; } ///< the first index, included
+    const IndexValue& last() const noexcept { return m_last; }   ///< the last index, included
+    std::uint64_t stride() const noexcept { return m_stride; }   ///< the distance of two selected indices
 
     /// What resolve lists.
     ///
@@ -131,23 +133,25 @@ public:
     class ItemReference
     {
     public:
+        /// `item` must live until the set is made, as a temporary in the list does.
         ItemReference(const IndexItem& item) noexcept
             : m_item(&item)
         {
         }
-        const IndexItem& get() const noexcept { return *m_item; }
+        const IndexItem& get() const noexcept { return *m_item; } ///< the selector that it stands for
 
     private:
         const IndexItem* m_item;
     };
 
-    IndexSet();
+    IndexSet(); ///< no selectors
     /// Holds a clone of `item`.
     IndexSet(const IndexItem& item);
     /// Holds clones of the items: `IndexSet{IndexValue(0), IndexRange(2, 4)}`.
     IndexSet(std::initializer_list<ItemReference> items);
     /// Takes the items over. Errors: std::invalid_argument "The given ArraySlice is invalid." if one is missing.
     explicit IndexSet(std::vector<std::unique_ptr<IndexItem>> items);
+    /// Holds clones of the items, which are all of one class.
     template <class Item, std::enable_if_t<std::is_base_of_v<IndexItem, Item>, int> = 0>
     explicit IndexSet(const std::vector<Item>& items)
     {
@@ -155,16 +159,16 @@ public:
             append(item);
     }
 
-    IndexSet(const IndexSet& other);
-    IndexSet(IndexSet&& other) noexcept;
-    IndexSet& operator=(const IndexSet& other);
-    IndexSet& operator=(IndexSet&& other) noexcept;
+    IndexSet(const IndexSet& other);                ///< clones every selector
+    IndexSet(IndexSet&& other) noexcept;            ///< takes the selectors over; `other` has none afterwards
+    IndexSet& operator=(const IndexSet& other);     ///< clones every selector; unchanged if a clone throws
+    IndexSet& operator=(IndexSet&& other) noexcept; ///< takes the selectors over
     ~IndexSet();
 
     /// Adds a clone of `item`. Errors: std::invalid_argument "The given ArraySlice is invalid." if it makes none.
     void append(const IndexItem& item);
 
-    std::size_t size() const noexcept { return m_items.size(); }
+    std::size_t size() const noexcept { return m_items.size(); } ///< the number of selectors, not of indices
     /// Edge: unchecked; `position` must be below size().
     const IndexItem& operator[](std::size_t position) const noexcept { return *m_items[position]; }
 
@@ -199,10 +203,10 @@ public:
     /// Cost:   ranges are kept as ranges: no time or memory by their length.
     SliceFlattener(const ArraySlice& slice, ArrayDimensionsView dimensions, DataOrdering ordering,
                    UseDataOrdering use = UseDataOrdering::Source);
-    SliceFlattener(const SliceFlattener&);
-    SliceFlattener(SliceFlattener&&) noexcept;
-    SliceFlattener& operator=(const SliceFlattener&);
-    SliceFlattener& operator=(SliceFlattener&&) noexcept;
+    SliceFlattener(const SliceFlattener&);                ///< a copy stands for itself: nothing is shared
+    SliceFlattener(SliceFlattener&&) noexcept;            ///< the source may only be destroyed or assigned to
+    SliceFlattener& operator=(const SliceFlattener&);     ///< as the copy
+    SliceFlattener& operator=(SliceFlattener&&) noexcept; ///< as the move
     ~SliceFlattener();
 
     /// Dimensions of the result.
@@ -220,11 +224,14 @@ public:
     std::uint64_t runLength() const noexcept { return m_runLength; }
     /// Whether the whole result is one run of the array, from `firstOffset` on.
     bool isContiguous() const noexcept { return m_runLength == m_count; }
+    /// The storage offset of the first element of the result.
     std::uint64_t firstOffset() const noexcept { return m_firstOffset; }
 
-    /// Walks the runs: each call of `visit(state, offsets...)` gets the storage offset at which equally spaced runs
-    /// begin, the distance between them in elements, and their number.
+    /// Called by forEachRun() with the state that it was given and a number of equally spaced runs.
     using Visit = void (*)(void* state, std::uint64_t offset, std::uint64_t distance, std::uint64_t number);
+    /// Walks the runs: each call of `visit(state, offsets...)` gets the storage offset at which equally
+    /// spaced runs begin, the distance between them in elements, and their number.
+    /// Errors: what `visit` throws passes through.
     void forEachRun(Visit visit, void* state) const;
 
 private:

@@ -200,9 +200,9 @@ public:
 
     /// Valid as long as this variant is neither changed nor moved.
     ArrayDimensionsView getDimensions() const { return payload()->getDimensions(); }
-    DataOrdering getDataOrdering() const { return payload()->getDataOrdering(); }
-    WellKnownType getWellKnownType() const { return payload()->getWellKnownType(); }
-    const std::type_info& getTypeInfo() const { return payload()->getTypeInfo(); }
+    DataOrdering getDataOrdering() const { return payload()->getDataOrdering(); }    ///< RowMajor for null
+    WellKnownType getWellKnownType() const { return payload()->getWellKnownType(); } ///< of all elements
+    const std::type_info& getTypeInfo() const { return payload()->getTypeInfo(); }   ///< void's for null
 
     /// The first element, the others after it in storage order; may be no pointer when there is none.
     ///
@@ -229,7 +229,7 @@ public:
     /// Cost: shares the data where both orderings lay them out alike.
     BVariantGeneric reordered(DataOrdering ordering) const;
 
-    void swap(BVariantGeneric& other) noexcept { std::swap(m_storage, other.m_storage); }
+    void swap(BVariantGeneric& other) noexcept { std::swap(m_storage, other.m_storage); } ///< copies no array
 
     /// The payload itself, for what acts on variants; never no pointer.
     const IVariantData* payload() const noexcept { return m_storage.payload(); }
@@ -266,8 +266,9 @@ private:
 
 extern template class QUAYCORE_EXPORT BVariantGeneric<Internal::BVariantDirectStorage>;
 
-using BVariant = BVariantGeneric<Internal::BVariantDirectStorage>;
+using BVariant = BVariantGeneric<Internal::BVariantDirectStorage>; ///< the variant of all interfaces
 
+/// Exchange two variants without copying an array.
 inline void swap(BVariant& a, BVariant& b) noexcept
 {
     a.swap(b);

@@ -52,13 +52,14 @@ public:
     /// A move doesn't throw.
     virtual IVariantData* placeInto(void* buffer, std::size_t size, bool move) = 0;
 
+    /// The sizes of the dimensions, none for null; valid as long as the payload.
     virtual ArrayDimensionsView getDimensions() const = 0;
 
     /// True for the scalar form; an array of one element isn't one.
     virtual bool isScalar() const = 0;
 
-    virtual DataOrdering getDataOrdering() const = 0;
-    virtual WellKnownType getWellKnownType() const = 0;
+    virtual DataOrdering getDataOrdering() const = 0;   ///< how the elements of constData() follow each other
+    virtual WellKnownType getWellKnownType() const = 0; ///< the type of all elements; code 0 for null
 
     /// The element's type; that of void for null.
     virtual const std::type_info& getTypeInfo() const = 0;
@@ -94,8 +95,8 @@ public:
     virtual IVariantData* convertedTo(WellKnownType type, int flag) const = 0;
 
 protected:
-    IVariantData() = default;
-    IVariantData(const IVariantData&) = default;
-    IVariantData& operator=(const IVariantData&) = default;
+    IVariantData() = default;                               ///< for derived classes, which count their owners
+    IVariantData(const IVariantData&) = default;            ///< for derived classes; nothing is shared
+    IVariantData& operator=(const IVariantData&) = default; ///< for derived classes; owners stay
 };
 } // namespace Brindle::Quay

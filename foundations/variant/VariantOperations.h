@@ -116,6 +116,7 @@ void setElement(BVariant& array, const std::vector<std::uint64_t>& indices, BVar
     static_assert(Internal::isElementType<T>, "arrays hold the 25 element types");
     Internal::writeElement<T>(array, indices.data(), indices.size(), value, flag);
 }
+/// The same for indices written in place.
 template <class T>
 void setElement(BVariant& array, std::initializer_list<std::uint64_t> indices, BVariant value, int flag = 1)
 {
@@ -128,10 +129,12 @@ void setElement(BVariant& array, std::initializer_list<std::uint64_t> indices, B
 /// Errors: those of slice; std::invalid_argument when fewer indices than dimensions leave more than one element.
 /// Cost:   no heap allocation (a long text keeps its own).
 QUAYCORE_EXPORT BVariant elementAt(const BVariant& variant, const std::uint64_t* indices, std::size_t count);
+/// The same for indices written in place: `elementAt(matrix, {1, 2})`.
 inline BVariant elementAt(const BVariant& variant, std::initializer_list<std::uint64_t> indices)
 {
     return elementAt(variant, indices.begin(), indices.size());
 }
+/// The same for indices in a vector.
 inline BVariant elementAt(const BVariant& variant, const std::vector<std::uint64_t>& indices)
 {
     return elementAt(variant, indices.data(), indices.size());
@@ -220,9 +223,9 @@ template <class T>
 class IterableContainer
 {
 public:
-    using value_type = T;
-    using const_iterator = const T*;
-    using iterator = const T*;
+    using value_type = T;            ///< the element type, exactly
+    using const_iterator = const T*; ///< valid as long as a container of the variant
+    using iterator = const T*;       ///< elements are never written through it
 
     /// Errors: std::runtime_error "Data type mismatch, cannot provide iterable container" when the variant has
     ///         elements of another type.
@@ -234,16 +237,18 @@ public:
     }
 
     // the pointers may lead into m_variant's own buffer
+    /// The copy shares the elements of an array.
+    /// Errors: none that the original hasn't met.
     IterableContainer(const IterableContainer& other)
         : IterableContainer(other.m_variant)
     {
     }
-    IterableContainer& operator=(const IterableContainer&) = delete;
+    IterableContainer& operator=(const IterableContainer&) = delete; ///< make another container instead
 
-    const T* begin() const noexcept { return m_begin; }
-    const T* end() const noexcept { return m_begin + m_count; }
-    std::uint64_t size() const noexcept { return m_count; }
-    bool empty() const noexcept { return m_count == 0; }
+    const T* begin() const noexcept { return m_begin; }         ///< the first element in storage order
+    const T* end() const noexcept { return m_begin + m_count; } ///< behind the last element
+    std::uint64_t size() const noexcept { return m_count; }     ///< the number of elements, of all dimensions
+    bool empty() const noexcept { return m_count == 0; }        ///< whether there are no elements
 
     /// Errors: std::out_of_range "Indices out of bounds.".
     const T& at(std::uint64_t position) const

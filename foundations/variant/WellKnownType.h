@@ -12,16 +12,18 @@ namespace Brindle::Quay {
 template <class T, class = void>
 struct QUAYCORE_EXPORT Complex
 {
-    T real;
-    T imag;
+    T real; ///< comes first in memory
+    T imag; ///< comes second in memory
 };
 
+/// Both parts are equal.
 template <class T>
 constexpr bool operator==(const Complex<T>& a, const Complex<T>& b) noexcept
 {
     return a.real == b.real && a.imag == b.imag;
 }
 
+/// One part or both differ.
 template <class T>
 constexpr bool operator!=(const Complex<T>& a, const Complex<T>& b) noexcept
 {
@@ -31,14 +33,16 @@ constexpr bool operator!=(const Complex<T>& a, const Complex<T>& b) noexcept
 /// A span of time; what the two words mean is up to the host, the library only stores and compares them.
 struct QUAYCORE_EXPORT Duration
 {
-    std::uint64_t words[2];
+    std::uint64_t words[2]; ///< stored and compared, never read as a time
 };
 
+/// Both words are equal.
 constexpr bool operator==(const Duration& a, const Duration& b) noexcept
 {
     return a.words[0] == b.words[0] && a.words[1] == b.words[1];
 }
 
+/// One word or both differ.
 constexpr bool operator!=(const Duration& a, const Duration& b) noexcept
 {
     return !(a == b);
@@ -47,14 +51,16 @@ constexpr bool operator!=(const Duration& a, const Duration& b) noexcept
 /// A point in time; what the two words mean is up to the host, the library only stores and compares them.
 struct QUAYCORE_EXPORT TimePoint
 {
-    std::uint64_t words[2];
+    std::uint64_t words[2]; ///< stored and compared, never read as a time
 };
 
+/// Both words are equal.
 constexpr bool operator==(const TimePoint& a, const TimePoint& b) noexcept
 {
     return a.words[0] == b.words[0] && a.words[1] == b.words[1];
 }
 
+/// One word or both differ.
 constexpr bool operator!=(const TimePoint& a, const TimePoint& b) noexcept
 {
     return !(a == b);
@@ -210,19 +216,20 @@ constexpr std::uint16_t codeOf() noexcept
 class QUAYCORE_EXPORT WellKnownType
 {
 public:
-    static constexpr std::uint16_t Null = 0x0000;
-    static constexpr std::uint16_t Text = 0x0010;
-    static constexpr std::uint16_t RunTime = 0x0020;
-    static constexpr std::uint16_t UnsignedBit = 0x4000;
-    static constexpr std::uint16_t ComplexBit = 0x8000;
+    static constexpr std::uint16_t Null = 0x0000;        ///< no element at all
+    static constexpr std::uint16_t Text = 0x0010;        ///< std::string, any bytes
+    static constexpr std::uint16_t RunTime = 0x0020;     ///< any other type, told by its std::type_info
+    static constexpr std::uint16_t UnsignedBit = 0x4000; ///< set in bool and the unsigned integers
+    static constexpr std::uint16_t ComplexBit = 0x8000;  ///< set in every complex type
 
-    constexpr WellKnownType() noexcept = default;
+    constexpr WellKnownType() noexcept = default; ///< null
+    /// Any code is taken, also one that no element type has.
     constexpr WellKnownType(std::uint16_t code) noexcept
         : m_code(code)
     {
     }
 
-    constexpr std::uint16_t code() const noexcept { return m_code; }
+    constexpr std::uint16_t code() const noexcept { return m_code; } ///< as it was given
 
     /// The code of T; another integer type gives that of its width and sign, any other type the run-time code.
     template <class T>
@@ -238,10 +245,12 @@ public:
     /// Text, times and run-time types have a common type with nothing else.
     static WellKnownType getCommonWellKnownType(WellKnownType a, WellKnownType b) noexcept;
 
+    /// The codes are equal; two different run-time types are, too.
     friend constexpr bool operator==(WellKnownType a, WellKnownType b) noexcept
     {
         return a.m_code == b.m_code;
     }
+    /// The codes differ.
     friend constexpr bool operator!=(WellKnownType a, WellKnownType b) noexcept
     {
         return a.m_code != b.m_code;
