@@ -1,5 +1,6 @@
 #include "hosts/orrery/CommandLine.h"
 
+#include "hosts/orrery/Colour.h"
 #include "hosts/orrery/Diagnostics.h"
 #include "hosts/orrery/Failure.h"
 #include "hosts/orrery/Numbers.h"
@@ -10,10 +11,10 @@
 
 #include <CLI/CLI.hpp>
 #include <QTextCodec>
+#include <unistd.h>
 
 #include <algorithm>
 #include <complex>
-#include <cstdio>
 #include <exception>
 #include <new>
 #include <string>
@@ -25,14 +26,16 @@ namespace {
 
 const char s_version[] = "orrery " ORRERY_VERSION;
 
-void printError(const std::string& line)
-{
-    std::fprintf(stderr, "orrery: %s\n", line.c_str());
-}
+const char s_help[] = R"('orrery COMMAND --help' tells more about a command.
+
+With --color auto, a terminal gets colours unless NO_COLOR is set and not empty,
+or TERM is 'dumb'. A file or a pipe gets none.
+
+Exit codes: 0 good, 1 failure, 2 wrong usage.)";
 
 int usageError(const std::string& line, const std::string& command)
 {
-    printError(printable(line) + "; try '" + command + " --help'");
+    reportError(printable(line) + "; try '" + command + " --help'");
     return ExitUsage;
 }
 
@@ -44,7 +47,25 @@ std::string givenCommand(const CLI::App& program)
     return "orrery";
 }
 
-std::string usageLine(const CLI::App& program, const CLI::Error& error)
+std::vector<CLI::App*> shownCommands(CLI::App& program)
+{
+    return program.get_subcommands([](const CLI::App* command) { return !command->get_group().empty(); });
+}
+
+// "copy, diff or import".
+std::string commandNames(CLI::App& program)
+{
+    const std::vector<CLI::App*> commands = shownCommands(program);
+    std::string names;
+    for (const CLI::App* const command : commands) {
+        if (!names.empty())
+            names += command == commands.back() ? " or " : ", ";
+        names += command->get_name();
+    }
+    return names;
+}
+
+std::string usageLine(CLI::App& program, const CLI::Error& error)
 {
     if (!program.get_subcommands().empty())
         return error.what();
@@ -53,17 +74,11 @@ std::string usageLine(const CLI::App& program, const CLI::Error& error)
             return "there is no command " + inQuotes(word);
         return "there is no option " + inQuotes(word);
     }
-    return "expected a command: import, ls, show, join, plot, diff, copy, watch, units or convert";
+    return "expected a command: " + commandNames(program);
 }
 
-void setUp(CLI::App& program, bool* isVerbose, Action* action)
+void addCommands(CLI::App& program, Action* action)
 {
-    program.name("orrery");
-    program.set_version_flag("--version", s_version, "Print the version");
-    program.add_flag("-v,--verbose", *isVerbose, "Show the library's log on standard error");
-    program.require_subcommand(1);
-    program.fallthrough();
-    program.set_help_flag("-h,--help", "Print this help");
     addCopyCommand(program, action);
     addDiffCommand(program, action);
     addImportCommand(program, action);
@@ -74,10 +89,15 @@ void setUp(CLI::App& program, bool* isVerbose, Action* action)
     addWatchCommand(program, action);
     addUnitsCommand(program, action);
     addConvertCommand(program, action);
-    program.get_formatter()->label("SUBCOMMAND", "COMMAND");
-    program.get_formatter()->label("Subcommands", "Commands");
-    program.footer("'orrery COMMAND --help' tells more about a command.\n"
-                   "Exit codes: 0 good, 1 failure, 2 wrong usage.");
+}
+
+// On a terminal, unless the environment or the option tells otherwise. Set while the command line is read, so that
+// what is wrong with the rest of it is told in the same way.
+void useColour(const std::string& choice, Output& out)
+{
+    const ColourUse use = parseColourUse(choice);
+    out.setColoured(wantsColour(use, STDOUT_FILENO));
+    colourMessages(wantsColour(use, STDERR_FILENO));
 }
 
 /// What was typed, for the parser, which wants the last word first.
@@ -107,7 +127,8 @@ int run(CLI::App& program, int argc, const char* const* argv, Output& out)
 {
     Action action;
     bool isVerbose = false;
-    setUp(program, &isVerbose, &action);
+    setUpProgram(program, {[&] { isVerbose = true; }, [&](const std::string& when) { useColour(when, out); }},
+                 &action);
     try {
         program.parse(wordsOf(argc, argv));
     } catch (const CLI::CallForHelp&) {
@@ -130,14 +151,34 @@ int run(CLI::App& program, int argc, const char* const* argv, Output& out)
 
 } // namespace
 
+void setUpProgram(CLI::App& program, const GlobalOptions& options, Action* action)
+{
+    program.name("orrery");
+    program.description("Import, list and print data files of named variables, and convert units.");
+    program.set_version_flag("--version", s_version, "Print the version");
+    program.add_flag_callback("-v,--verbose", options.verbose, "Show the library's log on standard error");
+    program.add_option_function<std::string>("--color", options.color, "Whether to print in colour")
+        ->type_name("auto|always|never")
+        ->trigger_on_parse();
+    program.require_subcommand(1);
+    program.fallthrough();
+    program.set_help_flag("-h,--help", "Print this help");
+    addCommands(program, action);
+    for (CLI::App* const command : shownCommands(program))
+        command->group("Commands");
+    program.get_formatter()->label("SUBCOMMAND", "COMMAND");
+    program.footer(s_help);
+}
+
 int runCommandLine(int argc, const char* const* argv)
 {
     // File names are UTF-8 whatever the locale says.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     silenceLog();
     registerMeasurements();
-    CLI::App program("Import, list and print data files of named variables, and convert units.");
+    CLI::App program;
     Output out;
+    useColour("auto", out);
     try {
         return run(program, argc, argv, out);
     } catch (const ReaderGone&) {
@@ -145,17 +186,17 @@ int runCommandLine(int argc, const char* const* argv)
     } catch (const Ended& ended) {
         return ended.exitCode;
     } catch (const Trouble& trouble) {
-        printError(trouble.what());
+        reportError(trouble.what());
         return ExitUsage;
     } catch (const Failure& failure) {
         if (failure.exitCode() == ExitUsage)
             return usageError(failure.what(), givenCommand(program));
-        printError(failure.what());
+        reportError(failure.what());
         return failure.exitCode();
     } catch (const std::bad_alloc&) {
-        printError("there is not enough memory");
+        reportError("there is not enough memory");
     } catch (const std::exception& error) {
-        printError(printable(error.what()));
+        reportError(printable(error.what()));
     }
     return ExitFailed;
 }

@@ -1,5 +1,6 @@
 #include "hosts/orrery/Diagnostics.h"
 
+#include "hosts/orrery/Colour.h"
 #include "hosts/orrery/PlainText.h"
 
 #include <QtGlobal>
@@ -12,6 +13,7 @@ namespace Orrery::Host {
 namespace {
 
 bool s_isShown = false;
+bool s_isColoured = false;
 QStringList* s_watched = nullptr;
 
 const char* levelName(QtMsgType type)
@@ -28,12 +30,18 @@ const char* levelName(QtMsgType type)
     }
 }
 
+void print(Ink ink, const std::string& beginning, const std::string& line)
+{
+    std::fprintf(stderr, "%s %s\n", (s_isColoured ? inked(ink, beginning) : beginning).c_str(), line.c_str());
+}
+
 void handleMessage(QtMsgType type, const QMessageLogContext&, const QString& text)
 {
     if (s_watched)
         s_watched->append(text);
     if (s_isShown || type == QtFatalMsg)
-        std::fprintf(stderr, "orrery: %s: %s\n", levelName(type), printable(text.toStdString()).c_str());
+        print(type == QtWarningMsg ? Ink::Warning : Ink::Dim, std::string("orrery: ") + levelName(type) + ':',
+              printable(text.toStdString()));
     if (type == QtFatalMsg)
         std::abort();
 }
@@ -54,12 +62,22 @@ void showLog()
 void inform(const std::string& line)
 {
     if (s_isShown)
-        std::fprintf(stderr, "orrery: info: %s\n", line.c_str());
+        print(Ink::Dim, "orrery: info:", line);
+}
+
+void colourMessages(bool isColoured)
+{
+    s_isColoured = isColoured;
+}
+
+void reportError(const std::string& line)
+{
+    print(Ink::Error, "orrery:", line);
 }
 
 void warn(const std::string& line)
 {
-    std::fprintf(stderr, "orrery: warning: %s\n", line.c_str());
+    print(Ink::Warning, "orrery: warning:", line);
 }
 
 LogWatch::LogWatch()

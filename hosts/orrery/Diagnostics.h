@@ -17,6 +17,12 @@ void showLog();
 /// One line of this program's own for who has asked for the log: "orrery: info: ...". It must be safe to print.
 void inform(const std::string& line);
 
+/// Whether the beginnings of the lines below, and of the log, are coloured.
+void colourMessages(bool isColoured);
+
+/// The one line of a failure: "orrery: ...". It must be safe to print.
+void reportError(const std::string& line);
+
 /// One line on standard error that everybody sees: what is printed is good, but not all that was to be expected.
 void warn(const std::string& line);
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "hosts/orrery/Colour.h"
+
 #include <string>
 #include <string_view>
 
@@ -29,6 +31,15 @@ public:
             flush();
     }
 
+    /// Whether whoever reads wants colours; nobody does until told.
+    void setColoured(bool isColoured) { m_isColoured = isColoured; }
+
+    /// `text`, which may be empty, in a colour where they are wanted, else as it is. Measure its columns before.
+    std::string painted(Ink ink, std::string_view text) const
+    {
+        return m_isColoured ? inked(ink, text) : std::string(text);
+    }
+
     void write(std::string_view text);
     void flush();
 
@@ -36,6 +47,7 @@ private:
     static constexpr std::size_t s_full = 64U << 10U;
 
     std::string m_buffer;
+    bool m_isColoured = false;
 };
 
 } // namespace Orrery::Host

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include <functional>
+#include <string>
 
 namespace Orrery::Host {
 
@@ -23,5 +24,16 @@ void addPlotCommand(CLI::App& program, Action* action);
 void addShowCommand(CLI::App& program, Action* action);
 void addUnitsCommand(CLI::App& program, Action* action);
 void addWatchCommand(CLI::App& program, Action* action);
+
+/// What the program's own options do as they are read.
+struct GlobalOptions
+{
+    std::function<void()> verbose;
+    std::function<void(const std::string& when)> color;
+};
+
+/// Make `program` what "orrery" understands: every command and option, with the texts of its help. The manual pages
+/// and the completion of the shell are written from that as well.
+void setUpProgram(CLI::App& program, const GlobalOptions& options, Action* action);
 
 } // namespace Orrery::Host
