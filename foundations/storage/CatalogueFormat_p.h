@@ -20,6 +20,10 @@ constexpr std::uint32_t Version = 1;
 /// The length that one checksum of an array covers.
 constexpr std::uint64_t ChecksumBlock = std::uint64_t(4) * 1024 * 1024;
 
+/// The longest chunk of a compressed array, before the filters. A chunk is a run of the row-major elements: sizes of 1,
+/// then one of any size, then whole dimensions.
+constexpr std::uint64_t LongestChunk = std::uint64_t(64) * 1024 * 1024;
+
 constexpr std::uint32_t NoParent = 0xFFFFFFFFU;
 
 enum Kind : std::uint8_t

@@ -16,7 +16,8 @@ struct ArrayRecord
 {
     std::vector<std::uint64_t> dimensions;
     CatalogueFormat::Layout layout = CatalogueFormat::LayoutNone;
-    std::uint64_t storedBytes = 0;        ///< length of the dataset's elements in the file
+    std::uint64_t storedBytes = 0;        ///< length of the elements in the file, before any filter
+    std::uint64_t poolOffset = 0;         ///< where a pooled array's elements begin in the pool
     std::vector<std::uint64_t> checksums; ///< one for each block of the stored bytes
 };
 
