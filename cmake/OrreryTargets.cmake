@@ -1,5 +1,26 @@
 # What the targets of this project have in common.
 
+# Until 1.0 a minor version may break hosts, after that a major one may. The SONAME and find_package()'s version check
+# say the same: what one of them lets in, the other doesn't refuse.
+if(PROJECT_VERSION_MAJOR EQUAL 0)
+    set(ORRERY_ABI_VERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+    set(ORRERY_COMPATIBILITY SameMinorVersion)
+else()
+    set(ORRERY_ABI_VERSION ${PROJECT_VERSION_MAJOR})
+    set(ORRERY_COMPATIBILITY SameMajorVersion)
+endif()
+
+# An installed folder may be moved as one, so what is in it finds its libraries from where it stands. Below /usr the
+# loader knows the folder anyway.
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    set(ORRERY_LIBRARY_RPATH "")
+    set(ORRERY_PROGRAM_RPATH "")
+else()
+    file(RELATIVE_PATH ORRERY_PROGRAM_RPATH ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set(ORRERY_PROGRAM_RPATH "$ORIGIN/${ORRERY_PROGRAM_RPATH}")
+    set(ORRERY_LIBRARY_RPATH "$ORIGIN")
+endif()
+
 # Language level, warnings, sanitizers and floating-point rules of everything that is compiled here.
 function(orrery_target_defaults target)
     target_compile_features(${target} PUBLIC cxx_std_17)
@@ -44,15 +65,15 @@ function(orrery_add_library name)
         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/orrery>)
     set_target_properties(${name} PROPERTIES
         VERSION ${PROJECT_VERSION}
-        SOVERSION ${PROJECT_VERSION_MAJOR}
-        INSTALL_RPATH "$ORIGIN" # an installed folder may be moved as one
+        SOVERSION ${ORRERY_ABI_VERSION}
+        INSTALL_RPATH "${ORRERY_LIBRARY_RPATH}"
         VERIFY_INTERFACE_HEADER_SETS ON)
 
-    install(TARGETS ${name} EXPORT OrreryCoreVariablesTargets
-        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
-        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orrery
-        FILE_SET exports DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orrery)
+    # An export file for each library: whoever asks for one gets that and what it is built on, no more.
+    install(TARGETS ${name} EXPORT ${name}Targets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orrery COMPONENT development
+        FILE_SET exports DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orrery COMPONENT development)
 endfunction()
 
 # orrery_add_test(<name> SOURCES ... [LIBRARIES ...] [LABEL <label>]): a GoogleTest program; each of its tests is
