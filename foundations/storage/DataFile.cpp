@@ -11,6 +11,17 @@
 
 namespace Orrery {
 
+namespace {
+
+constexpr int s_highestCompression = 9;
+
+bool IsCompressionLevel(int level)
+{
+    return level >= 0 && level <= s_highestCompression;
+}
+
+} // namespace
+
 DataFile::DataFile(const QString& path, OpenMode mode)
     : m_path(path)
     , m_mode(mode)
@@ -91,6 +102,55 @@ bool DataFile::OwnsFileContents() const
 void DataFile::SetOwnsFileContents(bool owns)
 {
     m_ownsFileContents = owns;
+}
+
+void DataFile::SetSaveProgress(SaveProgress progress)
+{
+    m_saveProgress = std::move(progress);
+}
+
+const DataFile::SaveProgress& DataFile::GetSaveProgress() const
+{
+    return m_saveProgress;
+}
+
+bool DataFile::HasOption(Option /*option*/) const
+{
+    return false;
+}
+
+ERESULT DataFile::SetCompressionLevel(int level)
+{
+    if (!IsCompressionLevel(level))
+        return ER_INVALID_ARGUMENT;
+    if (level != 0 && !HasOption(CompressionOption))
+        return ER_FAILED;
+    m_compressionLevel = level;
+    return ER_SUCCESS;
+}
+
+int DataFile::GetCompressionLevel() const
+{
+    return m_compressionLevel;
+}
+
+ERESULT DataFile::SetPacked(bool packed)
+{
+    if (packed && !HasOption(PackingOption))
+        return ER_FAILED;
+    m_isPacked = packed;
+    return ER_SUCCESS;
+}
+
+bool DataFile::IsPacked() const
+{
+    return m_isPacked;
+}
+
+void DataFile::RestoreOptions(int compressionLevel, bool packed)
+{
+    m_compressionLevel = IsCompressionLevel(compressionLevel) ? compressionLevel : 0;
+    m_isPacked = packed;
 }
 
 void DataFile::ReplaceRoot(std::unique_ptr<RootProperty> root)

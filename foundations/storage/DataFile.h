@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 
 namespace Orrery {
@@ -20,6 +22,16 @@ class ORRERYCORE_EXPORT DataFile : public std::enable_shared_from_this<DataFile>
 {
 public:
     class RootProperty;
+
+    /// Hears how far a save has come: the bytes written so far, of those in all. False gives the save up.
+    using SaveProgress = std::function<bool(std::uint64_t done, std::uint64_t total)>;
+
+    /// How a file is to be stored. A file keeps its choices: they are found again when it is opened.
+    enum Option
+    {
+        CompressionOption, ///< large numeric arrays are compressed
+        PackingOption      ///< small numeric arrays share one dataset
+    };
 
     enum OpenMode
     {
@@ -42,7 +54,9 @@ public:
     /// Write the tree to GetPath(), replacing the file there in one step that also survives a crash.
     ///
     /// Errors: a negative code and one line for a person in `*why`; the file and the tree are then as they
-    ///         were. A file opened ReadOnly is never saved (ER_FAILED).
+    ///         were. A file opened ReadOnly is never saved (ER_FAILED). While another object, thread or process
+    ///         saves the same file, the save is refused at once (ER_FAILED).
+    /// Edge:   what is saved is the tree as it is when the save begins.
     virtual ERESULT Save(QString* why = nullptr) = 0;
 
     /// Let go of the file. The tree is destroyed while OwnsFileContents() is set. May be called again.
@@ -70,9 +84,46 @@ public:
     bool OwnsFileContents() const;
     void SetOwnsFileContents(bool owns);
 
+    /// Let `progress` hear of every later Save and SaveAs; an empty function ends that.
+    ///
+    /// It is called before the first byte is written, every few MiB, and a last time with done equal to total
+    /// before the new file takes the place of the old one; total is the same in all calls of one save. When it
+    /// gives up, the save fails with ER_FAILED and "the save was cancelled", and nothing has changed.
+    ///
+    /// Errors: an exception out of it fails the save in the same way; its text becomes the reason.
+    /// Edge:   it may read and change the tree; the save goes on with the tree as it was when it began. A save of
+    ///         this file from within is refused (ER_FAILED).
+    /// Threads: called on the thread that saves, while no other thread can open or save a data file: it must not
+    ///         wait for one that does.
+    void SetSaveProgress(SaveProgress progress);
+
+    /// Compress large numeric arrays when the file is saved: 0, the default, not at all, 1 fast, 9 small.
+    ///
+    /// Errors: ER_INVALID_ARGUMENT for another level, ER_FAILED for a file type that can't compress; the level
+    ///         stays what it was.
+    /// Cost:   arrays that are compressed can't be read in place; a slice of one unpacks the chunks it touches.
+    ERESULT SetCompressionLevel(int level);
+    int GetCompressionLevel() const;
+
+    /// Store small numeric arrays together, for a file that only this library reads; off by default.
+    ///
+    /// Errors: ER_FAILED for a file type that has no such thing; the choice stays what it was.
+    ERESULT SetPacked(bool packed);
+    bool IsPacked() const;
+
 protected:
     /// Starts with an empty tree.
     DataFile(const QString& path, OpenMode mode);
+
+    /// Whether files of this type keep a choice; a type that says nothing keeps none. Save of a type that does
+    /// looks at GetCompressionLevel() and IsPacked(), and Load tells what it has found by RestoreOptions().
+    virtual bool HasOption(Option option) const;
+
+    /// For Load: the choices kept in the file. A level that there isn't counts as 0.
+    void RestoreOptions(int compressionLevel, bool packed);
+
+    /// For Save: what is to hear of its progress; may be empty. A type that never calls it shows no progress.
+    const SaveProgress& GetSaveProgress() const;
 
     /// Put a freshly loaded tree in place of the present one.
     void ReplaceRoot(std::unique_ptr<RootProperty> root);
@@ -84,6 +135,9 @@ private:
     QString m_path;
     OpenMode m_mode;
     bool m_ownsFileContents = true;
+    bool m_isPacked = false;
+    int m_compressionLevel = 0;
+    SaveProgress m_saveProgress;
     RootProperty* m_root = nullptr;
 };
 

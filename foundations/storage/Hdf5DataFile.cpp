@@ -166,6 +166,11 @@ QString Hdf5DataFile::GetFileType() const
     return FileType();
 }
 
+bool Hdf5DataFile::HasOption(Option /*option*/) const
+{
+    return true;
+}
+
 ERESULT Hdf5DataFile::Load(QString* why)
 {
     return Guarded(GetPath(), why, [this] { LoadOrThrow(); });

@@ -24,6 +24,9 @@ public:
     ERESULT Close() override;
     QString GetFileType() const override;
 
+protected:
+    bool HasOption(Option option) const override;
+
 private:
     void LoadOrThrow();
     void SaveOrThrow();
