@@ -86,6 +86,7 @@ void addCommands(CLI::App& program, Action* action)
     addLsCommand(program, action);
     addPlotCommand(program, action);
     addShowCommand(program, action);
+    addVerifyCommand(program, action);
     addWatchCommand(program, action);
     addUnitsCommand(program, action);
     addConvertCommand(program, action);

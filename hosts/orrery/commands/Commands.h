@@ -23,6 +23,7 @@ void addLsCommand(CLI::App& program, Action* action);
 void addPlotCommand(CLI::App& program, Action* action);
 void addShowCommand(CLI::App& program, Action* action);
 void addUnitsCommand(CLI::App& program, Action* action);
+void addVerifyCommand(CLI::App& program, Action* action);
 void addWatchCommand(CLI::App& program, Action* action);
 
 /// What the program's own options do as they are read.
