@@ -1,8 +1,8 @@
 #include "hosts/orrery/RawImporter.h"
 
-#include "foundations/property/SimpleProperty.h"
 #include "hosts/orrery/ElementText.h"
 #include "hosts/orrery/Failure.h"
+#include "hosts/orrery/ImportedNodes.h"
 #include "hosts/orrery/PlainText.h"
 #include "hosts/orrery/RawUnits.h"
 #include "hosts/orrery/TreeAccess.h"
@@ -85,24 +85,6 @@ PlotKind kindOf(const QString& plotName)
     return {words};
 }
 
-void setText(PropertyObject* folder, const QString& name, const QString& text)
-{
-    if (folder->SetProperty(name, text) < 0)
-        throw Failure("'" + name.toStdString() + "' can't be put into the tree");
-}
-
-void setTexts(PropertyObject* folder, const QString& name, const QStringList& texts)
-{
-    if (texts.size() == 1)
-        return setText(folder, name, texts.front());
-    std::vector<std::string> values;
-    values.reserve(static_cast<std::size_t>(texts.size()));
-    for (const QString& text : texts)
-        values.push_back(text.toStdString());
-    if (!values.empty() && folder->SetProperty(name, BVariant(std::move(values))) < 0)
-        throw Failure("'" + name.toStdString() + "' can't be put into the tree");
-}
-
 // What has made the file, as far as it says so: simulators name themselves in a command line, or none.
 QString applicationOf(const RawPlot& plot)
 {
@@ -113,13 +95,9 @@ QString applicationOf(const RawPlot& plot)
     return command.startsWith(QLatin1String("version")) ? simulator + QLatin1Char(' ') + command : command;
 }
 
-// Hidden, since a listing is for results; whoever looks for the header finds it by its path.
 void addHeader(PropertyObject* setup, const QString& name, const RawPlot& plot)
 {
-    auto owned = std::make_unique<PropertyObject>(name);
-    PropertyObject* const folder = owned.get();
-    folder->SetPropertyFlags(folder->GetPropertyFlags() | PropertyFlagHidden);
-    insertNode(setup, std::move(owned));
+    PropertyObject* const folder = addHiddenFolder(setup, name);
     setText(folder, QStringLiteral("Title"), plot.title);
     setText(folder, QStringLiteral("Date"), plot.date);
     setText(folder, QStringLiteral("Plotname"), plot.name);
@@ -135,18 +113,6 @@ struct Placed
     std::vector<std::uint64_t> dimensions;
 };
 
-void setUnits(Variable* variable, const std::optional<Units>& units, const std::vector<Units>& displayUnits)
-{
-    if (!units)
-        return;
-    const auto shown = std::find_if(displayUnits.begin(), displayUnits.end(),
-                                    [&units](const Units& wanted) { return wanted.IsCommensurable(*units); });
-    if (variable->SetUnits(*units) < 0 ||
-        (shown != displayUnits.end() && variable->SetDisplayUnits(*shown) < 0))
-        throw Failure("the units of " + inQuotes(variable->GetName().toStdString()) +
-                      " can't be put into the tree");
-}
-
 Placed place(PropertyObject* folder, const QString& name, const RawVector& vector,
              const std::vector<Units>& displayUnits)
 {
@@ -161,9 +127,8 @@ Placed place(PropertyObject* folder, const QString& name, const RawVector& vecto
 
 void setAxis(const Placed& vector, const Placed& axis)
 {
-    if (vector.dimensions == axis.dimensions && vector.variable->AddIndepVariableRef(axis.variable) < 0)
-        throw Failure("the axis of " + inQuotes(vector.variable->GetName().toStdString()) +
-                      " can't be put into the tree");
+    if (vector.dimensions == axis.dimensions)
+        addAxis(vector.variable, axis.variable);
 }
 
 void placeSweep(Result* result, const QString& name, const Variable* parameter,
@@ -180,14 +145,6 @@ void placeSweep(Result* result, const QString& name, const Variable* parameter,
 }
 
 } // namespace
-
-PropertyObject* RawImporter::setupFolder()
-{
-    PropertyObject* const setup = m_result->GetOrCreateSetupInfoFolder();
-    if (!setup)
-        throw Failure("the setup folder can't be put into the tree");
-    return setup;
-}
 
 QString RawImporter::folderName(const QString& kind)
 {
@@ -209,7 +166,7 @@ ResultData* RawImporter::add(RawPlot plot)
     ResultData* const folder = owned.get();
     insertNode(m_result, std::move(owned));
     m_plots[kind.name].push_back(folder);
-    addHeader(setupFolder(), folder->GetName(), plot);
+    addHeader(setupFolderOf(m_result), folder->GetName(), plot);
 
     QStringList given;
     for (const RawVector& vector : plot.vectors)
@@ -252,7 +209,7 @@ void RawImporter::addSweep(const SweepValues& sweep)
     parameter->UpdateData(BVariant(sweep.values));
     setUnits(parameter.get(), sweep.units, m_displayUnits);
     const Variable* const placed = parameter.get();
-    insertNode(setupFolder(), std::move(parameter));
+    insertNode(setupFolderOf(m_result), std::move(parameter));
     for (const QString& kind : kinds)
         placeSweep(m_result, kind + QStringLiteral("-sweep"), placed, m_plots[kind]);
 }

@@ -54,7 +54,6 @@ public:
 
 private:
     QString folderName(const QString& kind);
-    PropertyObject* setupFolder();
     QString plotCounts() const;
 
     Result* m_result;

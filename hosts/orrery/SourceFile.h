@@ -40,6 +40,9 @@ public:
     /// Edge:   `*line` is valid until the next call of any operation.
     bool readLine(std::string_view* line, std::uint64_t limit);
 
+    /// Number of the line handed out last, from 1.
+    std::uint64_t lineNumber() const { return m_line; }
+
     /// Whether the line handed out last had an end. A file that was cut off has none.
     bool isLineEnded() const { return m_isLineEnded; }
 
