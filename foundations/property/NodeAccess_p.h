@@ -5,6 +5,7 @@
 #include "foundations/property/PropertyHandle.h"
 #include "foundations/property/PropertyObject.h"
 #include "foundations/property/PropertyReference.h"
+#include "foundations/storage/DataFile.h"
 
 namespace Orrery::Internal {
 
@@ -50,6 +51,9 @@ struct NodeAccess
     static void markSimple(AbstractProperty& node) { node.m_kind = AbstractProperty::Kind::Simple; }
     static void markReference(AbstractProperty& node) { node.m_kind = AbstractProperty::Kind::Reference; }
     static void unmark(AbstractProperty& node) { node.m_kind = AbstractProperty::Kind::Other; }
+
+    /// The type of a file, as far as it is known while the file is being destroyed and can't be asked.
+    static QString fileType(const DataFile& file) { return file.KnownFileType(); }
 
     static void rememberLostTarget(const AbstractProperty& reference)
     {

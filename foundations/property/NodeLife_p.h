@@ -22,7 +22,8 @@ struct NodeLife
     {
         QString path;
         QString filePath;
-        QString fileType;
+        QString fileType; // empty when the file couldn't tell
+        QString fileUid;
     };
 
     std::atomic<std::uint32_t> handles{0};

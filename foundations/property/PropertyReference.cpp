@@ -4,7 +4,9 @@
 #include "foundations/property/PropertyPath.h"
 #include "foundations/property/TreeWalk_p.h"
 #include "foundations/storage/DataFile.h"
+#include "foundations/storage/ReferencedFiles_p.h"
 
+#include <QFileInfo>
 #include <QStringList>
 
 #include <algorithm>
@@ -19,7 +21,7 @@ using Internal::NodeLife;
 
 namespace {
 
-std::atomic<PropertyReference::ExternalResolver> s_externalResolver{nullptr};
+std::atomic<PropertyReference::ExternalResolver> s_externalResolver{&ReferencedFiles::Resolve};
 
 bool areInOneTree(const AbstractProperty& a, const AbstractProperty& b)
 {
@@ -71,7 +73,14 @@ QString pathOf(const DataFile* file)
 
 QString typeOf(const DataFile* file)
 {
-    return file ? file->GetFileType() : QString();
+    return file ? NodeAccess::fileType(*file) : QString();
+}
+
+PropertyReference::TargetFile placeOf(const DataFile* file)
+{
+    if (!file)
+        return {};
+    return {file->GetPath(), QString(), NodeAccess::fileType(*file), file->GetFileUid()};
 }
 
 // Without a file's path there is no way back into the other tree: an absolute path alone would be looked up in
@@ -110,8 +119,8 @@ PropertyReference& PropertyReference::operator=(const PropertyReference& other)
         return *this;
 
     other.RememberPath();
-    RestorePath(other.m_path, other.m_filePath, other.m_fileType);
-    if (m_filePath.isEmpty() && areInOneTree(*this, other)) {
+    RestorePath(other.m_path, other.m_file);
+    if (m_file.path.isEmpty() && areInOneTree(*this, other)) {
         const QString place = Property::ResolvePath(other.GetFullPath(), m_path);
         m_path = place.isEmpty() ? m_path : Property::GetRelativePath(GetFullPath(), place);
     }
@@ -157,7 +166,7 @@ const AbstractProperty* PropertyReference::GetPropertyConstRef() const
 AbstractProperty* PropertyReference::ResolveExternalRef() const
 {
     const ExternalResolver resolver = s_externalResolver.load(std::memory_order_acquire);
-    return resolver && !m_filePath.isEmpty() ? resolver(*this) : nullptr;
+    return resolver && !m_file.path.isEmpty() ? resolver(*this) : nullptr;
 }
 
 QString PropertyReference::ReferencePath() const
@@ -176,7 +185,9 @@ QString PropertyReference::ReferenceFilePath() const
     if (const AbstractProperty* const target = BoundTarget())
         return areInOneTree(*this, *target) ? QString() : pathOf(target->GetDataFile());
     TakeOverDeparture();
-    return m_filePath;
+    const bool elsewhere =
+        !m_file.otherPath.isEmpty() && !QFileInfo::exists(m_file.path) && QFileInfo::exists(m_file.otherPath);
+    return elsewhere ? m_file.otherPath : m_file.path;
 }
 
 QString PropertyReference::ReferenceFileType() const
@@ -184,7 +195,15 @@ QString PropertyReference::ReferenceFileType() const
     if (const AbstractProperty* const target = BoundTarget())
         return areInOneTree(*this, *target) ? QString() : typeOf(target->GetDataFile());
     TakeOverDeparture();
-    return m_fileType;
+    return m_file.type;
+}
+
+PropertyReference::TargetFile PropertyReference::ReferenceFile() const
+{
+    if (const AbstractProperty* const target = BoundTarget())
+        return areInOneTree(*this, *target) ? TargetFile() : placeOf(target->GetDataFile());
+    TakeOverDeparture();
+    return m_file;
 }
 
 AbstractProperty* PropertyReference::Resolve() const
@@ -214,10 +233,14 @@ ERESULT PropertyReference::SetPropertyRef(const AbstractProperty* target)
 
 void PropertyReference::RestorePath(const QString& path, const QString& filePath, const QString& fileType)
 {
+    RestorePath(path, TargetFile{filePath, QString(), fileType, QString()});
+}
+
+void PropertyReference::RestorePath(const QString& path, const TargetFile& file)
+{
     m_target = PropertyHandle();
     m_path = path;
-    m_filePath = filePath;
-    m_fileType = fileType;
+    m_file = file;
 }
 
 bool PropertyReference::IsRefVariable() const
@@ -246,6 +269,11 @@ void PropertyReference::SetExternalResolver(ExternalResolver resolver)
     s_externalResolver.store(resolver, std::memory_order_release);
 }
 
+PropertyReference::ExternalResolver PropertyReference::GetExternalResolver()
+{
+    return s_externalResolver.load(std::memory_order_acquire);
+}
+
 AbstractProperty* PropertyReference::Target() const
 {
     AbstractProperty* const target = BoundTarget();
@@ -264,7 +292,7 @@ AbstractProperty* PropertyReference::LookUp() const
     if (m_path.isEmpty())
         return nullptr;
     AbstractProperty* const found =
-        m_filePath.isEmpty() ? Property::FindProperty(this, m_path) : LookUpOutside();
+        m_file.path.isEmpty() ? Property::FindProperty(this, m_path) : LookUpOutside();
     if (!found || found == this)
         return nullptr;
     // A target that lives but has left the tree may come back; what stands in its place isn't followed.
@@ -281,18 +309,17 @@ AbstractProperty* PropertyReference::LookUpOutside() const
     return self.IsExpired() ? nullptr : found;
 }
 
-// A path that hasn't been followed yet. One into another file is the host's resolver's to follow.
+// A path that hasn't been followed yet. One into another file isn't followed before it is used: that opens the file.
 void PropertyReference::BindByPath() const
 {
-    if (m_filePath.isEmpty() && !NodeAccess::life(m_target))
+    if (m_file.path.isEmpty() && !NodeAccess::life(m_target))
         static_cast<void>(LookUp());
 }
 
 void PropertyReference::ForgetPath() const
 {
     m_path.clear();
-    m_filePath.clear();
-    m_fileType.clear();
+    m_file = TargetFile();
 }
 
 // To be called while a reachable target may soon be out of reach.
@@ -319,9 +346,7 @@ void PropertyReference::RememberPathOf(const AbstractProperty& target) const
         m_path = relativePath(*this, target);
         return;
     }
-    const DataFile* const file = target.GetDataFile();
-    m_filePath = pathOf(file);
-    m_fileType = typeOf(file);
+    m_file = placeOf(target.GetDataFile());
     m_path = hasFilePath(target) ? target.GetFullPath() : QString();
 }
 
@@ -344,11 +369,23 @@ void PropertyReference::TakeOverPath() const
     if (place != life->departures.end()) {
         ForgetPath();
         m_path = Property::GetRelativePath(GetFullPath(), place->second);
-    } else if (life->lastInFile && !m_filePath.isEmpty()) {
-        m_path = life->lastInFile->path;
-        m_filePath = life->lastInFile->filePath;
-        m_fileType = life->lastInFile->fileType;
+    } else if (life->lastInFile && !m_file.path.isEmpty()) {
+        TakeOverFilePlace(*life);
     }
+}
+
+void PropertyReference::TakeOverFilePlace(const Internal::NodeLife& life) const
+{
+    const NodeLife::FilePlace& place = *life.lastInFile;
+    // A data file that is being destroyed can't tell its type and uid any more.
+    const bool isKnownFile = place.filePath == m_file.path;
+    m_path = place.path;
+    m_file.path = place.filePath;
+    m_file.otherPath.clear();
+    if (!place.fileType.isEmpty())
+        m_file.type = place.fileType;
+    if (!place.fileUid.isEmpty() || !isKnownFile)
+        m_file.uid = place.fileUid;
 }
 
 } // namespace Orrery

@@ -26,6 +26,15 @@ public:
     /// Finds the target of a reference into another file, by ReferencePath() and its like; null for "can't".
     using ExternalResolver = AbstractProperty* (*)(const PropertyReference& reference);
 
+    /// What a reference keeps of the file that holds its target.
+    struct TargetFile
+    {
+        QString path;      ///< where it is looked for first; empty for a target in the same tree
+        QString otherPath; ///< where it is looked for next; empty for nowhere
+        QString type;      ///< as DataFile::GetFileType()
+        QString uid; ///< as DataFile::GetFileUid(); empty when it isn't known, and then any file will do
+    };
+
     PropertyReference();
     explicit PropertyReference(const QString& name);
 
@@ -51,7 +60,8 @@ public:
     /// belongs to no file, to which no path leads.
     virtual QString ReferencePath() const;
 
-    /// The path of the file that holds the target; empty for a target in the same tree.
+    /// The path of the file that holds the target; empty for a target in the same tree. As long as the target of a
+    /// reference with two paths hasn't been found, the first where there is something, or the first.
     virtual QString ReferenceFilePath() const;
 
     /// The type of that file; empty for a target in the same tree.
@@ -84,6 +94,13 @@ public:
     void RestorePath(const QString& path, const QString& filePath = QString(),
                      const QString& fileType = QString());
 
+    /// The same with all that is known of the other file.
+    void RestorePath(const QString& path, const TargetFile& file);
+
+    /// All that is known of the file that holds the target, as it would be restored; empty texts for a target in the
+    /// same tree. What a subclass makes of the virtual operations isn't asked.
+    TargetFile ReferenceFile() const;
+
     /// The kind of the target, by GetPropertyConstRef(); false when there is none.
     bool IsRefVariable() const;
     bool IsRefPropertyObject() const;
@@ -91,8 +108,14 @@ public:
 
     /// How references into other files are resolved in this process; null for not at all.
     ///
+    /// Unless a host sets one of its own, the file is opened read-only through DataFileFactory, once, and goes with
+    /// the tree that the reference stands in; see DataFile for the rules.
+    ///
     /// Threads: may be set at any time from any thread.
     static void SetExternalResolver(ExternalResolver resolver);
+
+    /// The one in use; until another is set, the built-in one.
+    static ExternalResolver GetExternalResolver();
 
 private:
     friend struct Internal::NodeAccess;
@@ -107,15 +130,15 @@ private:
     void RememberPathOf(const AbstractProperty& target) const;
     void TakeOverDeparture() const;
     void TakeOverPath() const;
+    void TakeOverFilePlace(const Internal::NodeLife& life) const;
     bool RefHasTypeFlag(unsigned int flag) const;
 
     // What is known of the target. While it can be reached, its path is worked out and not kept; the texts are
-    // what was stored, or what was true when the target or this reference left the tree. All four are a memory
+    // what was stored, or what was true when the target or this reference left the tree. All three are a memory
     // of one fact, so that asking may bring them up to date.
     mutable PropertyHandle m_target;
     mutable QString m_path;
-    mutable QString m_filePath;
-    mutable QString m_fileType;
+    mutable TargetFile m_file;
 };
 
 } // namespace Orrery

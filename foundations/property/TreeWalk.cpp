@@ -190,7 +190,8 @@ private:
         m_tree = numberOfTree(*m_root);
         if (const DataFile* const file = m_root->GetDataFile()) {
             m_filePath = file->GetPath();
-            m_fileType = file->GetFileType();
+            m_fileType = NodeAccess::fileType(*file);
+            m_fileUid = file->GetFileUid();
         }
     }
 
@@ -203,13 +204,37 @@ private:
             life.dropDeparturesAt = std::max<std::size_t>(8, 2 * places.size());
         }
         if (!m_filePath.isEmpty())
-            life.lastInFile.reset(new NodeLife::FilePlace{path, m_filePath, m_fileType});
+            life.lastInFile.reset(new NodeLife::FilePlace{path, m_filePath, m_fileType, m_fileUid});
     }
 
     const AbstractProperty* m_root;
     std::uint32_t m_tree = 0;
     QString m_filePath;
     QString m_fileType;
+    QString m_fileUid;
+};
+
+// Notes where the nodes of a file's tree stand. Nobody will come back to that tree, so its number is no matter.
+class FilePlacesVisitor
+{
+public:
+    explicit FilePlacesVisitor(const DataFile& file)
+        : m_place{QString(), file.GetPath(), NodeAccess::fileType(file), file.GetFileUid()}
+    {
+    }
+    void enter(const AbstractProperty& node) { visit(node); }
+    void leave() {}
+    void visit(const AbstractProperty& node)
+    {
+        NodeLife* const life = NodeAccess::life(node);
+        if (!life)
+            return;
+        m_place.path = node.GetFullPath();
+        life->lastInFile.reset(new NodeLife::FilePlace(m_place));
+    }
+
+private:
+    NodeLife::FilePlace m_place;
 };
 
 // Calls an operation of each reference.
@@ -293,6 +318,13 @@ void rememberLostTargets(const AbstractProperty& node)
 void rememberDepartures(const AbstractProperty& node)
 {
     walkFrom(node, DeparturesVisitor(node));
+}
+
+void rememberFilePlaces(const PropertyObject& root)
+{
+    const DataFile* const file = root.GetDataFile();
+    if (file && !file->GetPath().isEmpty())
+        walkFrom(root, FilePlacesVisitor(*file));
 }
 
 void forgetTree(const AbstractProperty& root)

@@ -37,6 +37,10 @@ void rememberLostTargets(const AbstractProperty& node);
 /// remember the paths that get lost.
 void rememberDepartures(const AbstractProperty& node);
 
+/// To be called while the root of a file's tree, about to be destroyed, still knows its file: let the handles of other
+/// trees remember where in this file their nodes have stood.
+void rememberFilePlaces(const PropertyObject& root);
+
 /// To be called when the node dies: nobody comes back to a tree whose root it was.
 void forgetTree(const AbstractProperty& root);
 

@@ -1,9 +1,11 @@
 #include "foundations/storage/DataFile.h"
 
+#include "foundations/property/TreeWalk_p.h"
 #include "foundations/storage/DataFileFactory.h"
 #include "foundations/storage/FileIdentity_p.h"
 #include "foundations/storage/OneLine_p.h"
 #include "foundations/storage/OpenDataFiles_p.h"
+#include "foundations/storage/ReferencedFiles_p.h"
 #include "foundations/storage/StorageMutex_p.h"
 
 #include <mutex>
@@ -31,6 +33,7 @@ DataFile::DataFile(const QString& path, OpenMode mode)
 
 DataFile::~DataFile()
 {
+    m_isDying = true;
     OpenDataFiles::Instance().Forget(this);
     DropRoot();
 }
@@ -164,10 +167,35 @@ void DataFile::DropRoot()
     RootProperty* const root = std::exchange(m_root, nullptr);
     if (!root)
         return;
-    if (m_ownsFileContents)
-        delete root;
-    else
+    if (!m_ownsFileContents) {
         root->m_file = nullptr;
+        return;
+    }
+    const std::unique_ptr<ReferencedFiles> others =
+        std::move(root->m_referencedFiles); // they go after the tree
+    delete root;
+}
+
+QString DataFile::GetFileUid() const
+{
+    return QString();
+}
+
+bool DataFile::CanTurnReadWrite() const
+{
+    return false;
+}
+
+void DataFile::RetryReferences()
+{
+    if (m_root && m_root->m_referencedFiles)
+        m_root->m_referencedFiles->Retry();
+}
+
+// A file that is being destroyed has no class of its own any more that could be asked.
+QString DataFile::KnownFileType() const
+{
+    return m_isDying ? m_openedAs : GetFileType();
 }
 
 DataFile::RootProperty::RootProperty(DataFile* file)
@@ -178,6 +206,7 @@ DataFile::RootProperty::RootProperty(DataFile* file)
 
 DataFile::RootProperty::~RootProperty()
 {
+    Internal::rememberFilePlaces(*this);
     // A host may destroy the root of a file that it holds; the file must not touch it again.
     if (m_file && m_file->m_root == this)
         m_file->m_root = nullptr;

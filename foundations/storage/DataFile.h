@@ -12,12 +12,27 @@
 
 namespace Orrery {
 
+class ReferencedFiles;
+
 /// One saved tree: a path, an open mode and the root folder of what the file holds.
 ///
 /// A file is opened through DataFileFactory, which knows how to make each file type. The tree is in memory; it
 /// reaches the file with Save, whole or not at all.
 ///
-/// Threads: one thread at a time, like the tree.
+/// A reference into another file is followed when it is first asked: the file is looked for relative to the file that
+/// holds the reference, so that a folder of files can be moved as one, and then at its absolute path. A file whose uid
+/// is known and isn't the one that the reference was made for is passed over. One that is open is used as it is, and not
+/// held; any other is opened read-only, and held by the tree that the reference stands in until that tree goes (Load,
+/// Close, destruction). So a tree holds only files that were opened after it, and files that refer to one another let
+/// go of one another. The references of one tree go on with the file that they have found, also when it is replaced on
+/// disk, until that file or the tree itself is loaded anew.
+///
+/// Where a file or the target in it can't be found, the reference is unresolved, and one warning for each such file and
+/// tree goes to the Qt log. It isn't looked for again before the tree is loaded anew or RetryReferences() is called, or
+/// there has been a change at its path when this process has opened, made, loaded or moved some data file. A file that
+/// is being loaded can't be referred to before it stands; that is neither told nor remembered.
+///
+/// Threads: one thread at a time, like the tree. Trees that are connected by references belong to one thread.
 class ORRERYCORE_EXPORT DataFile : public std::enable_shared_from_this<DataFile>
 {
 public:
@@ -76,6 +91,10 @@ public:
     RootProperty* GetRoot();
     const RootProperty* GetRoot() const;
 
+    /// Let references look anew for files and targets that they haven't found, and warn again of those that still
+    /// aren't there.
+    void RetryReferences();
+
     QString GetPath() const;
     OpenMode GetMode() const;
 
@@ -131,9 +150,26 @@ protected:
     /// Destroy or release the tree, by OwnsFileContents().
     void DropRoot();
 
+public:
+    /// What tells this file from others that may take its place at its path; references into it keep that. Empty for a
+    /// type that knows no such thing. A file that is saved to another path becomes another file; a copy that is made
+    /// of the file on disk doesn't.
+    virtual QString GetFileUid() const;
+
+protected:
+    /// Whether a file that was opened ReadOnly can go on as ReadWrite without more ado; a type that says nothing can't.
+    virtual bool CanTurnReadWrite() const;
+
 private:
+    friend class DataFileFactory;
+    friend struct Internal::NodeAccess;
+
+    QString KnownFileType() const;
+
     QString m_path;
+    QString m_openedAs; ///< the type by which the factory has made it
     OpenMode m_mode;
+    bool m_isDying = false;
     bool m_ownsFileContents = true;
     bool m_isPacked = false;
     int m_compressionLevel = 0;
@@ -165,8 +201,11 @@ public:
 
 private:
     friend class DataFile;
+    friend class ReferencedFiles;
 
     DataFile* m_file;
+    mutable std::unique_ptr<ReferencedFiles>
+        m_referencedFiles; // made for the first reference into another file
 };
 
 } // namespace Orrery

@@ -44,21 +44,21 @@ ERESULT Refuse(ERESULT code, QString* why, const QString& text)
     return code;
 }
 
-// Whether an open file can also serve a request for `mode`; false sets `*why`.
-bool CanServe(const DataFile& open, DataFile::OpenMode mode, QString* why)
+// The open file of that path, if it is to be used; null where a file has to be opened anew.
+std::shared_ptr<DataFile> FindUsable(const QString& path)
 {
-    if (mode == DataFile::ReadOnly)
-        return true;
-    if (mode == DataFile::Create) {
-        Refuse(ER_ALREADY_EXISTS, why, open.GetPath() + QStringLiteral(": the file is open already"));
-        return false;
-    }
-    if (open.GetMode() == DataFile::ReadOnly) {
-        Refuse(ER_ALREADY_EXISTS, why,
-               open.GetPath() + QStringLiteral(": the file is open read-only already"));
-        return false;
-    }
-    return true;
+    const OpenDataFiles& openFiles = OpenDataFiles::Instance();
+    std::shared_ptr<DataFile> open = openFiles.Find(path);
+    if (!open || !open->GetRoot())
+        return nullptr;
+    const bool stale = open->GetMode() == DataFile::ReadOnly && !openFiles.IsUnchangedOnDisk(open.get());
+    return stale ? nullptr : open;
+}
+
+ERESULT RefuseOtherType(const DataFile& open, const QString& path, QString* why)
+{
+    return Refuse(ER_INVALID_ARGUMENT, why,
+                  path + QStringLiteral(": the file is open as '") + open.GetFileType() + QLatin1Char('\''));
 }
 
 } // namespace
@@ -97,43 +97,73 @@ ERESULT DataFileFactory::Open(const QString& path, DataFile::OpenMode mode, std:
         return Refuse(ER_INVALID_ARGUMENT, why, QStringLiteral("no place for the opened file"));
     if (path.isEmpty())
         return Refuse(ER_INVALID_ARGUMENT, why, QStringLiteral("no path to open"));
-    const Creator creator = FindCreator(fileType);
-    if (!creator)
+    if (!FindCreator(fileType))
         return Refuse(ER_INVALID_ARGUMENT, why,
                       path + QStringLiteral(": unknown file type '") + fileType + QLatin1Char('\''));
 
     // One request at a time, or two threads would load one file twice. A file that opens another one while it
     // loads comes in again on the same thread.
     const std::lock_guard<std::recursive_mutex> lock(StorageMutex());
+    if (std::shared_ptr<DataFile> open = OpenDataFiles::Instance().Find(path);
+        open && open->GetRoot() && open->GetFileType() != fileType)
+        return RefuseOtherType(*open, path, why);
+    if (std::shared_ptr<DataFile> open = FindUsable(path))
+        return UseOpen(std::move(open), mode, out, why);
+    return OpenNew(path, mode, fileType, Client::Host, out, why);
+}
 
-    OpenDataFiles& openFiles = OpenDataFiles::Instance();
-    if (std::shared_ptr<DataFile> open = openFiles.Find(path); open && open->GetRoot()) {
-        if (open->GetFileType() != fileType)
-            return Refuse(ER_INVALID_ARGUMENT, why,
-                          path + QStringLiteral(": the file is open as '") + open->GetFileType() +
-                              QLatin1Char('\''));
-        const bool stale = open->GetMode() == DataFile::ReadOnly && !openFiles.IsUnchangedOnDisk(open.get());
-        if (!stale) {
-            if (!CanServe(*open, mode, why))
-                return ER_ALREADY_EXISTS;
-            *out = std::move(open);
-            return ER_SUCCESS;
-        }
+ERESULT DataFileFactory::OpenForReference(const QString& path, const QString& fileType,
+                                          std::shared_ptr<DataFile>* out, bool* isNew, QString* why)
+{
+    if (!FindCreator(fileType))
+        return Refuse(ER_INVALID_ARGUMENT, why,
+                      QStringLiteral("unknown file type '") + fileType + QLatin1Char('\''));
+    const std::lock_guard<std::recursive_mutex> lock(StorageMutex());
+    *out = FindUsable(path);
+    *isNew = !*out;
+    if (*isNew)
+        return OpenNew(path, DataFile::ReadOnly, fileType, Client::Reference, out, why);
+    return (*out)->GetFileType() == fileType ? ER_SUCCESS : RefuseOtherType(**out, path, why);
+}
+
+ERESULT DataFileFactory::UseOpen(std::shared_ptr<DataFile> open, DataFile::OpenMode mode,
+                                 std::shared_ptr<DataFile>* out, QString* why)
+{
+    if (mode == DataFile::Create)
+        return Refuse(ER_ALREADY_EXISTS, why, open->GetPath() + QStringLiteral(": the file is open already"));
+    if (mode == DataFile::ReadWrite && open->GetMode() == DataFile::ReadOnly) {
+        if (!open->CanTurnReadWrite() || !OpenDataFiles::Instance().IsHeldByReferencesOnly(open))
+            return Refuse(ER_ALREADY_EXISTS, why,
+                          open->GetPath() + QStringLiteral(": the file is open read-only already"));
+        open->m_mode = DataFile::ReadWrite;
     }
+    *out = std::move(open);
+    return ER_SUCCESS;
+}
 
+ERESULT DataFileFactory::OpenNew(const QString& path, DataFile::OpenMode mode, const QString& fileType,
+                                 Client client, std::shared_ptr<DataFile>* out, QString* why)
+{
+    const QString canonical = CanonicalPath(path);
+    if (!OpenDataFiles::Instance().CanLoad(canonical))
+        return Refuse(ER_FAILED, why,
+                      path + QStringLiteral(": the file, or too many others, are just being loaded"));
     const FileIdentity identity = FileIdentity::Of(path);
-    std::shared_ptr<DataFile> file(creator(path, mode));
+    std::shared_ptr<DataFile> file(FindCreator(fileType)(path, mode));
     if (!file)
         return Refuse(ER_FAILED, why, path + QStringLiteral(": the file type can't be opened"));
+    file->m_openedAs = fileType;
     if (mode != DataFile::Create) {
         QString reason;
+        const OpenDataFiles::Loading loading(canonical);
         const ERESULT code = file->Load(&reason);
         if (code < 0) {
-            qWarning().noquote().nospace() << reason;
+            if (client == Client::Host)
+                qWarning().noquote().nospace() << reason;
             return Refuse(code, why, reason);
         }
     }
-    openFiles.Add(file, identity);
+    OpenDataFiles::Instance().Add(file, identity, client == Client::Reference);
     *out = std::move(file);
     return ER_SUCCESS;
 }

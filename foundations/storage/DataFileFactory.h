@@ -45,7 +45,10 @@ public:
     ///         ER_INVALID_ARGUMENT for a null out, an empty path or an unknown file type; ER_NOT_FOUND for a
     ///         file that isn't there; ER_ALREADY_EXISTS for a mode that the open file can't serve (Create of
     ///         an open file, ReadWrite of one that is open read-only); ER_FAILED for a file that can't be
-    ///         read or isn't sound, and the reason goes to the Qt log too.
+    ///         read or isn't sound, and the reason goes to the Qt log too; ER_FAILED for the very file that is
+    ///         being loaded by the caller's caller, and where 32 files load one another.
+    /// Edge:   a file that is open read-only only because references lead into it becomes ReadWrite, if its type can
+    ///         do that ("HDF5" can); nobody has counted on its staying read-only.
     ERESULT Open(const QString& path, DataFile::OpenMode mode, std::shared_ptr<DataFile>* out,
                  QString* why = nullptr, const QString& fileType = QStringLiteral("HDF5"));
 
@@ -53,6 +56,22 @@ public:
     std::shared_ptr<DataFile> FindOpen(const QString& path) const;
 
 private:
+    friend class ReferencedFiles;
+
+    enum class Client
+    {
+        Host,
+        Reference
+    };
+
+    /// As Open, read-only, for the tree that holds the file if it is new; nothing goes to the log.
+    static ERESULT OpenForReference(const QString& path, const QString& fileType,
+                                    std::shared_ptr<DataFile>* out, bool* isNew, QString* why);
+    static ERESULT OpenNew(const QString& path, DataFile::OpenMode mode, const QString& fileType,
+                           Client client, std::shared_ptr<DataFile>* out, QString* why);
+    static ERESULT UseOpen(std::shared_ptr<DataFile> open, DataFile::OpenMode mode,
+                           std::shared_ptr<DataFile>* out, QString* why);
+
     DataFileFactory() = default;
     DataFileFactory(const DataFileFactory&) = default;
 };

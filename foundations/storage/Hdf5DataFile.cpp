@@ -94,6 +94,11 @@ Hdf5Handle OpenForReading(const QString& path)
     throw StorageError(QStringLiteral("can't be opened: ") + reason);
 }
 
+QByteArray NewUid()
+{
+    return QUuid::createUuid().toByteArray(QUuid::WithoutBraces);
+}
+
 // The file descriptor under an open file; HDF5 goes on owning it.
 int DescriptorOf(const Hdf5Handle& file)
 {
@@ -159,6 +164,17 @@ DataFile* Hdf5DataFile::Create(const QString& path, OpenMode mode)
 Hdf5DataFile::Hdf5DataFile(const QString& path, OpenMode mode)
     : DataFile(path, mode)
 {
+    if (mode != OpenMode::Create)
+        return;
+    // other files may refer to this one before it is saved
+    m_uid = NewUid();
+    m_uidPath = CanonicalPath(path);
+}
+
+// Here the file can still tell its type and uid to those who have referred to it.
+Hdf5DataFile::~Hdf5DataFile()
+{
+    Hdf5DataFile::Close();
 }
 
 QString Hdf5DataFile::GetFileType() const
@@ -169,6 +185,16 @@ QString Hdf5DataFile::GetFileType() const
 bool Hdf5DataFile::HasOption(Option /*option*/) const
 {
     return true;
+}
+
+QString Hdf5DataFile::GetFileUid() const
+{
+    return QString::fromLatin1(m_uid);
+}
+
+bool Hdf5DataFile::CanTurnReadWrite() const
+{
+    return true; // a file is open for writing only while it is being saved
 }
 
 ERESULT Hdf5DataFile::Load(QString* why)
@@ -207,7 +233,7 @@ void Hdf5DataFile::LoadOrThrow()
         const hid_t group = folders.Of(row.parent);
         const QByteArray link = LinkName(catalogue.Name(row), row.parent == 0);
         return Hdf5ArrayReader::Read(descriptor, group, link, row.element, row.ordering != 0,
-                                 catalogue.Array(row));
+                                     catalogue.Array(row));
     };
 
     auto root = std::make_unique<RootProperty>(this);
@@ -241,7 +267,7 @@ QByteArray Hdf5DataFile::UidForSave() const
 {
     if (!m_uid.isEmpty() && m_uidPath == CanonicalPath(GetPath()))
         return m_uid;
-    return QUuid::createUuid().toByteArray(QUuid::WithoutBraces);
+    return NewUid();
 }
 
 } // namespace Orrery

@@ -18,14 +18,17 @@ public:
     static DataFile* Create(const QString& path, OpenMode mode);
 
     Hdf5DataFile(const QString& path, OpenMode mode);
+    ~Hdf5DataFile() override;
 
     ERESULT Load(QString* why) override;
     ERESULT Save(QString* why) override;
     ERESULT Close() override;
     QString GetFileType() const override;
+    QString GetFileUid() const override;
 
 protected:
     bool HasOption(Option option) const override;
+    bool CanTurnReadWrite() const override;
 
 private:
     void LoadOrThrow();

@@ -18,24 +18,9 @@ using Brindle::Quay::BVariant;
 using Brindle::Quay::DataOrdering;
 using namespace CatalogueFormat;
 
-namespace {
-
-// A folder of files may have been moved as one, so the relative path comes first.
-QString FindFile(const ReferenceRecord& record, const QString& filePath)
-{
-    if (record.relativeFile.isEmpty() && record.absoluteFile.isEmpty())
-        return QString();
-    QString beside = QDir::cleanPath(QFileInfo(filePath).absoluteDir().absoluteFilePath(record.relativeFile));
-    if (QFileInfo::exists(beside) || !QFileInfo::exists(record.absoluteFile))
-        return beside;
-    return record.absoluteFile;
-}
-
-} // namespace
-
 TreeReader::TreeReader(const Catalogue& catalogue, const QString& filePath, ArraySource arrays)
     : m_catalogue(catalogue)
-    , m_filePath(filePath)
+    , m_folder(QFileInfo(filePath).absoluteDir())
     , m_arrays(std::move(arrays))
 {
 }
@@ -147,9 +132,20 @@ std::unique_ptr<AbstractProperty> TreeReader::MakeReference(const Row& row) cons
     auto reference = std::make_unique<PropertyReference>(m_catalogue.Name(row));
     if (row.form == FormReference) {
         const ReferenceRecord record = m_catalogue.Reference(row);
-        reference->RestorePath(record.path, FindFile(record, m_filePath), record.fileType);
+        reference->RestorePath(record.path, FileOf(record));
     }
     return reference;
+}
+
+// The disk isn't asked yet. A folder of files may have been moved as one, so the relative path comes first.
+PropertyReference::TargetFile TreeReader::FileOf(const ReferenceRecord& record) const
+{
+    if (record.relativeFile.isEmpty() && record.absoluteFile.isEmpty())
+        return {};
+    const QString beside = QDir::cleanPath(m_folder.absoluteFilePath(record.relativeFile));
+    if (record.relativeFile.isEmpty() || beside == record.absoluteFile)
+        return {record.absoluteFile, QString(), record.fileType, record.fileUid};
+    return {beside, record.absoluteFile, record.fileType, record.fileUid};
 }
 
 void TreeReader::Fail(std::size_t index, const QString& what, ERESULT code) const

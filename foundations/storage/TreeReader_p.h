@@ -2,10 +2,12 @@
 
 #include "foundations/property/PropertyHandle.h"
 #include "foundations/property/PropertyObject.h"
+#include "foundations/property/PropertyReference.h"
 #include "foundations/storage/Catalogue_p.h"
 #include "foundations/storage/DataFile.h"
 #include "foundations/variant/BVariant.h"
 
+#include <QDir>
 #include <QString>
 
 #include <cstddef>
@@ -38,12 +40,13 @@ private:
     std::unique_ptr<AbstractProperty> MakeFolder(std::size_t index) const;
     std::unique_ptr<AbstractProperty> MakeSimple(std::size_t index) const;
     std::unique_ptr<AbstractProperty> MakeReference(const CatalogueFormat::Row& row) const;
+    PropertyReference::TargetFile FileOf(const ReferenceRecord& record) const;
     void Finish(std::size_t parent);
     PropertyObject& OpenFolder(std::size_t index) const;
     [[noreturn]] void Fail(std::size_t index, const QString& what, ERESULT code = ER_FAILED) const;
 
     const Catalogue& m_catalogue;
-    QString m_filePath;
+    QDir m_folder; // of the file
     ArraySource m_arrays;
     /// Folders that are being filled, root first.
     std::vector<std::pair<std::size_t, PropertyHandle>> m_open;

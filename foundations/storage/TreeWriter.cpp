@@ -4,10 +4,10 @@
 #include "foundations/property/PropertyReference.h"
 #include "foundations/property/SimpleProperty.h"
 #include "foundations/storage/ElementTypes_p.h"
+#include "foundations/storage/OpenDataFiles_p.h"
 #include "foundations/storage/StorageError_p.h"
 
 #include <QDebug>
-#include <QDir>
 #include <QFileInfo>
 #include <QList>
 
@@ -20,8 +20,19 @@ using Brindle::Quay::BVariant;
 using Brindle::Quay::DataOrdering;
 using namespace CatalogueFormat;
 
+namespace {
+
+// A reference that tells the path of its file in its own way knows nothing else of it.
+QString UidOfOpenFile(const QString& path)
+{
+    const std::shared_ptr<DataFile> file = OpenDataFiles::Instance().Find(path);
+    return file ? file->GetFileUid() : QString();
+}
+
+} // namespace
+
 TreeWriter::TreeWriter(const QString& filePath)
-    : m_filePath(filePath)
+    : m_folder(QFileInfo(filePath).absoluteDir())
 {
 }
 
@@ -108,9 +119,14 @@ void TreeWriter::WriteReference(const PropertyReference& reference, std::uint32_
     }
     const QString file = reference.ReferenceFilePath();
     if (!file.isEmpty()) {
-        record.absoluteFile = QFileInfo(file).absoluteFilePath();
-        record.relativeFile = QFileInfo(m_filePath).absoluteDir().relativeFilePath(record.absoluteFile);
+        PropertyReference::TargetFile known = reference.ReferenceFile();
+        if (file != known.path && file != known.otherPath)
+            known = PropertyReference::TargetFile{file, QString(), QString(), UidOfOpenFile(file)};
+        const QString& absolute = known.otherPath.isEmpty() ? known.path : known.otherPath;
+        record.absoluteFile = QFileInfo(absolute).absoluteFilePath();
+        record.relativeFile = m_folder.relativeFilePath(QFileInfo(known.path).absoluteFilePath());
         record.fileType = reference.ReferenceFileType();
+        record.fileUid = known.uid;
     }
     catalogue.SetReference(&catalogue.rows[index], record);
 }

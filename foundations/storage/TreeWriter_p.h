@@ -4,6 +4,7 @@
 #include "foundations/storage/Catalogue_p.h"
 #include "foundations/variant/BVariant.h"
 
+#include <QDir>
 #include <QString>
 
 #include <cstddef>
@@ -42,7 +43,7 @@ private:
     void WriteSimple(const SimpleProperty& simple, std::uint32_t parent);
     void WriteReference(const PropertyReference& reference, std::uint32_t parent);
 
-    QString m_filePath;
+    QDir m_folder; // where the file will stand
 };
 
 } // namespace Orrery
