@@ -26,7 +26,8 @@ import textwrap
 FENCE = re.compile(r"^( *)```(\w*)$")
 FILE = re.compile(r"^\*\*`([\w.]+)`\*\*$")
 PRINTS = re.compile(r"^.*`(\w+)` prints:$")
-LINK = re.compile(r"\]\(([^)#]+)(?:#[^)]*)?\)")
+LINK = re.compile(r"\]\(([^)#]*)(?:#([^)]*))?\)")
+HEADING = re.compile(r"^#+ (.*)$", re.MULTILINE)
 SHARED = ("CMakeLists.txt", "host.h")
 
 
@@ -167,15 +168,30 @@ def runPage(page, work):
     return failed
 
 
+def textOf(path):
+    """A page without its listings."""
+    return re.sub(r"^( *)```.*?^ *```$", "", path.read_text(encoding="utf-8"), flags=re.DOTALL | re.MULTILINE)
+
+
+def anchorsOf(path):
+    """The anchors of the headings of a page, as the usual viewers make them."""
+    return {re.sub(r"[^\w -]", "", heading.lower()).replace(" ", "-") for heading in HEADING.findall(textOf(path))}
+
+
 def links(arguments):
-    """Whether every relative link leads to a file."""
+    """Whether every relative link leads to a file, and to a heading in it."""
     broken = []
     for path in arguments.files:
-        text = re.sub(r"^( *)```.*?^ *```$", "", path.read_text(encoding="utf-8"), flags=re.DOTALL | re.MULTILINE)
-        targets = [target for target in LINK.findall(text) if "://" not in target]
-        broken += [f"{path}: {target}" for target in targets if not (path.parent / target).exists()]
+        for target, anchor in LINK.findall(textOf(path)):
+            if "://" in target:
+                continue
+            file = path.parent / target if target else path
+            if not file.exists():
+                broken.append(f"{path}: no such file: {target}")
+            elif anchor and anchor not in anchorsOf(file):
+                broken.append(f"{path}: no such heading: {target}#{anchor}")
     for line in broken:
-        print(f"no such file: {line}")
+        print(line)
     sys.exit(1 if broken else 0)
 
 
