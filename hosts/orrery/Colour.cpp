@@ -15,6 +15,8 @@ namespace {
 const char* sequence(Ink ink)
 {
     switch (ink) {
+    case Ink::Plain:
+        break;
     case Ink::Folder:
         return "\x1b[1;34m";
     case Ink::Variable:
@@ -71,8 +73,8 @@ bool wantsColour(ColourUse use, int descriptor)
 
 std::string inked(Ink ink, std::string_view text)
 {
-    if (text.empty())
-        return {};
+    if (text.empty() || ink == Ink::Plain)
+        return std::string(text);
     return sequence(ink) + std::string(text) + "\x1b[0m";
 }
 

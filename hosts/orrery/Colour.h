@@ -23,6 +23,7 @@ bool wantsColour(ColourUse use, int descriptor);
 /// What a text is; themes of terminals decide what its colour looks like.
 enum class Ink
 {
+    Plain, ///< no colour
     Folder,
     Variable,
     Reference,
@@ -37,7 +38,7 @@ enum class Ink
     Error
 };
 
-/// `text`, which must be safe to print, between the escape sequences of its colour; nothing for an empty one.
+/// `text`, which must be safe to print, between the escape sequences of its colour; itself if it is empty or plain.
 std::string inked(Ink ink, std::string_view text);
 
 } // namespace Orrery::Host

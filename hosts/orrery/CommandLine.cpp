@@ -90,6 +90,7 @@ void addCommands(CLI::App& program, Action* action)
     addWatchCommand(program, action);
     addUnitsCommand(program, action);
     addConvertCommand(program, action);
+    addCompleteCommand(program, action);
 }
 
 // On a terminal, unless the environment or the option tells otherwise. Set while the command line is read, so that

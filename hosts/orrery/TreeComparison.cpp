@@ -127,7 +127,8 @@ private:
     void tellRest(Nodes onlyFirst, Nodes onlySecond);
     AbstractProperty* takeSame(AbstractProperty& node, Nodes* candidates);
     bool areSame(AbstractProperty& a, AbstractProperty& b);
-    void tell(const AbstractProperty& node, const std::string& what);
+    void tell(const AbstractProperty& node, const std::string& what,
+              Difference::Kind kind = Difference::Changed);
     bool isDecided() const { return m_isSilent && m_hasDifference; }
 
     const ComparedTree& m_first;
@@ -139,11 +140,11 @@ private:
     int m_trials = 0; // of names, in one folder
 };
 
-void Comparison::tell(const AbstractProperty& node, const std::string& what)
+void Comparison::tell(const AbstractProperty& node, const std::string& what, Difference::Kind kind)
 {
     m_hasDifference = true;
     if (!m_isSilent)
-        m_sink(printable(node.GetFullPath().toStdString()) + ": " + what);
+        m_sink({kind, printable(node.GetFullPath().toStdString()), what});
 }
 
 void Comparison::compare(AbstractProperty& a, AbstractProperty& b)
@@ -250,10 +251,10 @@ void Comparison::tellRest(Nodes onlyFirst, Nodes onlySecond)
         if (const AbstractProperty* const same = takeSame(*node, &onlySecond))
             tell(*node, nameText(*same));
         else
-            tell(*node, "only in " + m_first.name);
+            tell(*node, "only in " + m_first.name, Difference::OnlyInFirst);
     }
     for (const AbstractProperty* const node : onlySecond)
-        tell(*node, "only in " + m_second.name);
+        tell(*node, "only in " + m_second.name, Difference::OnlyInSecond);
 }
 
 // Each trial may read as much as the nodes hold, so folders with nothing in common are given up.

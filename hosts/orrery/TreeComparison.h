@@ -15,8 +15,22 @@ struct ComparedTree
     std::string name;
 };
 
-/// Receives each difference: one line, "PATH: what differs".
-using DifferenceSink = std::function<void(const std::string& line)>;
+/// One difference, safe to print.
+struct Difference
+{
+    enum Kind
+    {
+        Changed,
+        OnlyInFirst,
+        OnlyInSecond
+    };
+
+    Kind kind;
+    std::string path; ///< of the node, in the tree that has it
+    std::string what;
+};
+
+using DifferenceSink = std::function<void(const Difference& difference)>;
 
 /// Walk two trees side by side and tell every difference, on either side.
 ///

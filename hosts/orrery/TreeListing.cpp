@@ -4,11 +4,11 @@
 #include "foundations/property/PropertyReference.h"
 #include "foundations/property/SimpleProperty.h"
 #include "hosts/orrery/ElementText.h"
+#include "hosts/orrery/NodeFacts.h"
 #include "hosts/orrery/PlainText.h"
 #include "hosts/orrery/SweepAccess.h"
 #include "hosts/orrery/TreeAccess.h"
 #include "hosts/orrery/UnitText.h"
-#include "variables/FunctionVarStrategy.h"
 #include "variables/Variable.h"
 
 #include <algorithm>
@@ -37,48 +37,16 @@ enum Column
     ColumnCount
 };
 
-using Row = std::array<std::string, ColumnCount>;
-
-bool isDigit(QChar c)
+struct Row
 {
-    return c >= QLatin1Char('0') && c <= QLatin1Char('9');
-}
+    std::array<std::string, ColumnCount> cells;
+    Ink name = Ink::Heading;
+    bool isHeading = false;
+    bool isHidden = false;
 
-// The digits at `*at`, without zeros in front.
-QStringRef takeNumber(const QString& text, int* at)
-{
-    while (*at + 1 < text.size() && text[*at] == QLatin1Char('0') && isDigit(text[*at + 1]))
-        ++*at;
-    const int begin = *at;
-    while (*at < text.size() && isDigit(text[*at]))
-        ++*at;
-    return text.midRef(begin, *at - begin);
-}
-
-// "dc2" comes before "dc10".
-bool comesBefore(const QString& a, const QString& b)
-{
-    int i = 0;
-    int k = 0;
-    while (i < a.size() && k < b.size()) {
-        if (isDigit(a[i]) && isDigit(b[k])) {
-            const QStringRef x = takeNumber(a, &i);
-            const QStringRef y = takeNumber(b, &k);
-            if (x.size() != y.size())
-                return x.size() < y.size();
-            if (x != y)
-                return x < y;
-        } else if (a[i] != b[k]) {
-            return a[i] < b[k];
-        } else {
-            ++i;
-            ++k;
-        }
-    }
-    const int leftA = a.size() - i;
-    const int leftB = b.size() - k;
-    return leftA != leftB ? leftA < leftB : a < b;
-}
+    std::string& operator[](Column column) { return cells[column]; }
+    const std::string& operator[](Column column) const { return cells[column]; }
+};
 
 const char s_unreadable[] = "(can't be read)";
 
@@ -111,15 +79,12 @@ public:
     {
     }
 
-    void addChildren(PropertyObject& folder, std::size_t depth);
-    void addNode(AbstractProperty& node, std::size_t depth);
+    void addNode(AbstractProperty& node, std::size_t depth) { m_rows.push_back(rowOf(node, depth)); }
     void print(Output& out) const;
 
 private:
-    bool isListed(const AbstractProperty& node) const;
     Row rowOf(AbstractProperty& node, std::size_t depth) const;
-    static void describeValue(const BVariant& value, Row* row);
-    static void describeComputed(const Variable& variable, Row* row);
+    static void describeValues(const ValueFacts& facts, Row* row);
     static void describeVariable(const Variable& variable, Row* row);
     static void describeSweep(const ParameterizedResultData& sweep, Row* row);
     static std::string flagsOf(const AbstractProperty& node);
@@ -130,93 +95,27 @@ private:
     std::vector<Row> m_rows;
 };
 
-bool Listing::isListed(const AbstractProperty& node) const
+void Listing::describeValues(const ValueFacts& facts, Row* row)
 {
-    return m_options.showsAll || (node.IsPropertyObject() && !node.IsHidden());
-}
-
-void Listing::addChildren(PropertyObject& folder, std::size_t depth)
-{
-    QList<AbstractProperty*> children;
-    folder.GetPropertyList(&children);
-    std::sort(children.begin(), children.end(), [](const AbstractProperty* a, const AbstractProperty* b) {
-        return comesBefore(a->GetName(), b->GetName());
-    });
-    for (AbstractProperty* const child : children) {
-        if (isListed(*child))
-            addNode(*child, depth);
-    }
-}
-
-void Listing::addNode(AbstractProperty& node, std::size_t depth)
-{
-    m_rows.push_back(rowOf(node, depth));
-    const bool isOpen = node.IsPropertyObject() && (!node.IsVariable() || m_options.showsAll);
-    if (isOpen)
-        addChildren(static_cast<PropertyObject&>(node), depth + 1);
-}
-
-void Listing::describeValue(const BVariant& value, Row* row)
-{
-    (*row)[Shape] = shapeText(dimensionsOf(value));
-    (*row)[Elements] = elementTypeName(value.getWellKnownType());
-    (*row)[Count] = std::to_string(value.elementCount());
-    if (value.getDimensions().size() > 1)
-        (*row)[Ordering] =
-            value.getDataOrdering() == Brindle::Quay::DataOrdering::RowMajor ? "row-major" : "column-major";
-    if (value.elementCount() != 1 || (*row)[Elements] == "run-time")
+    (*row)[Shape] = facts.shape ? shapeText(*facts.shape) : std::string();
+    (*row)[Elements] = facts.elements;
+    (*row)[Count] = facts.count ? std::to_string(*facts.count) : std::string();
+    (*row)[Ordering] = facts.ordering;
+    if (facts.isUnreadable)
+        (*row)[Value] = s_unreadable;
+    if (facts.single.isEmpty())
         return;
     std::string text;
-    try {
-        ElementText(value).append(&text, 0);
-    } catch (const std::exception&) {
-        (*row)[Value] = s_unreadable; // the rest of the table is worth having
-        return;
-    }
-    (*row)[Value] = (*row)[Elements] == "text" ? inQuotes(text) : text;
+    ElementText(facts.single).append(&text, 0);
+    (*row)[Value] = facts.elements == "text" ? inQuotes(text) : text;
 }
 
-// What another process computed, and this one would only compute again.
-const SimpleProperty* storedResult(const Variable& variable)
-{
-    if (!dynamic_cast<FunctionVarStrategy*>(variable.GetStrategyPtr().lock().get()))
-        return nullptr;
-    return dynamic_cast<const SimpleProperty*>(variable.GetPropertyConstPtr(QStringLiteral("Data")));
-}
-
-// Of computed values the first element tells the type.
-void Listing::describeComputed(const Variable& variable, Row* row)
-{
-    std::vector<std::uint64_t> shape;
-    if (variable.GetElementShape(&shape) < 0)
-        return;
-    shape.insert(shape.begin(), variable.GetMaxIndepOffset());
-    std::uint64_t count = 1;
-    for (const std::uint64_t size : shape)
-        count *= size;
-    (*row)[Shape] = shapeText(shape);
-    (*row)[Count] = std::to_string(count);
-    BVariant first;
-    if (shape.front() > 0 && variable.GetValueAt(&first, 0) >= 0)
-        (*row)[Elements] = elementTypeName(first.getWellKnownType());
-}
-
-// What is wrong with one variable leaves the rest of the table worth having.
 void Listing::describeVariable(const Variable& variable, Row* row)
 {
     if (const std::optional<Units> units = unitsOf(variable))
         (*row)[UnitsLabel] = "[" + unitsLabel(*units) + "]";
     (*row)[Axes] = axesText(variable);
-    try {
-        if (holdsStoredData(variable))
-            describeValue(variable.GetData(), row);
-        else if (const SimpleProperty* const result = storedResult(variable))
-            describeValue(result->GetValue(), row);
-        else
-            describeComputed(variable, row);
-    } catch (const std::exception&) {
-        (*row)[Value] = s_unreadable;
-    }
+    describeValues(factsOf(variable), row);
 }
 
 // What a listing would not show otherwise: the members are references.
@@ -244,12 +143,23 @@ std::string Listing::flagsOf(const AbstractProperty& node)
     return flags;
 }
 
+Ink inkOf(const AbstractProperty& node)
+{
+    if (node.IsVariable())
+        return Ink::Variable;
+    if (node.IsPropertyReference())
+        return Ink::Reference;
+    return node.IsPropertyObject() ? Ink::Folder : Ink::Plain;
+}
+
 Row Listing::rowOf(AbstractProperty& node, std::size_t depth) const
 {
     Row row;
     row[Name] = std::string(2 * depth, ' ') + pathName(node.GetName());
     row[Type] = printable(node.PropertyObjType().toStdString());
     row[Flags] = flagsOf(node);
+    row.name = inkOf(node);
+    row.isHidden = node.IsHidden();
     if (node.IsVariable()) {
         describeVariable(static_cast<Variable&>(node), &row);
     } else if (node.IsPropertyObject()) {
@@ -258,7 +168,7 @@ Row Listing::rowOf(AbstractProperty& node, std::size_t depth) const
         if (const auto* const sweep = dynamic_cast<const ParameterizedResultData*>(&node))
             describeSweep(*sweep, &row);
     } else if (node.IsSimpleProperty()) {
-        describeValue(static_cast<SimpleProperty&>(node).GetValue(), &row);
+        describeValues(factsOf(static_cast<SimpleProperty&>(node).GetValue()), &row);
     } else if (node.IsPropertyReference()) {
         const auto& reference = static_cast<PropertyReference&>(node);
         const QString file = reference.ReferenceFilePath();
@@ -276,10 +186,33 @@ std::vector<Column> Listing::columns() const
     return {Name, Type, Shape, Elements, UnitsLabel, Axes, Value};
 }
 
+Ink inkOf(const Row& row, Column column)
+{
+    if (row.isHeading)
+        return Ink::Heading;
+    if (row.isHidden)
+        return Ink::Hidden;
+    switch (column) {
+    case Name:
+        return row.name;
+    case Type:
+    case Elements:
+    case Flags:
+        return Ink::Dim;
+    case UnitsLabel:
+        return Ink::Units;
+    default:
+        return Ink::Plain;
+    }
+}
+
 // Units and axes have a column only if something has them, so that trees without look as they always have.
 Row Listing::heading() const
 {
-    Row names = {"NAME", "TYPE", "SHAPE", "ELEMENTS", "UNITS", "AXES", "COUNT", "ORDERING", "FLAGS", "VALUE"};
+    Row names;
+    names.cells = {"NAME", "TYPE",  "SHAPE",    "ELEMENTS", "UNITS",
+                   "AXES", "COUNT", "ORDERING", "FLAGS",    "VALUE"};
+    names.isHeading = true;
     for (const Column column : {UnitsLabel, Axes}) {
         if (std::all_of(m_rows.begin(), m_rows.end(), [=](const Row& row) { return row[column].empty(); }))
             names[column].clear();
@@ -303,7 +236,8 @@ void Listing::print(Output& out) const
         std::string line;
         for (const Column column : columns()) {
             if (widths[column] > 0) // a column that is empty throughout isn't there
-                line += row[column] + std::string(widths[column] - columnsOf(row[column]) + 2, ' ');
+                line += out.painted(inkOf(row, column), row[column]) +
+                        std::string(widths[column] - columnsOf(row[column]) + 2, ' ');
         }
         line.erase(line.find_last_not_of(' ') + 1);
         out.write(line + '\n');
@@ -315,11 +249,8 @@ void Listing::print(Output& out) const
 void printListing(Output& out, AbstractProperty& node, const ListingOptions& options)
 {
     Listing listing(options);
-    const bool isOpen = node.IsPropertyObject() && (!node.IsVariable() || options.showsAll);
-    if (isOpen)
-        listing.addChildren(static_cast<PropertyObject&>(node), 0);
-    else
-        listing.addNode(node, 0);
+    visitListed(node, options.showsAll,
+                [&](AbstractProperty& each, std::size_t depth) { listing.addNode(each, depth); });
     listing.print(out);
 }
 

@@ -109,7 +109,7 @@ void printMatrices(Output& out, LinePrinter& lines, const Selection& values)
             Shape shown = position;
             if (values.leadsWithOffset)
                 shown.front() += values.firstOffset;
-            out.write((first > 0 ? "\n[" : "[") + joined(shown) + ",:,:]\n");
+            out.write((first > 0 ? "\n" : "") + out.painted(Ink::Dim, '[' + joined(shown) + ",:,:]") + '\n');
         }
         for (std::uint64_t row = 0; row < matrix; row += columns)
             lines.printLine(first + row, columns);
@@ -337,17 +337,18 @@ void TablePrinter::printHeading(const std::vector<ValueColumn>& columns)
         for (std::size_t i = 0; i < cells.size(); ++i)
             m_widths[i] = std::max(m_widths[i], columnsOf(cells[i]));
     }
-    printLine(names);
+    printLine(names, Ink::Heading);
 }
 
-void TablePrinter::printLine(const std::vector<std::string>& cells)
+void TablePrinter::printLine(const std::vector<std::string>& cells, Ink ink)
 {
     std::string& buffer = m_out.buffer();
     for (std::size_t i = 0; i + 1 < cells.size(); ++i) {
-        buffer += cells[i];
+        const bool isOffset = i == 0 && m_showsOffset && ink == Ink::Plain;
+        buffer += m_out.painted(isOffset ? Ink::Dim : ink, cells[i]);
         buffer.append(m_widths[i] + 2 - std::min(m_widths[i], columnsOf(cells[i])), ' ');
     }
-    buffer += cells.back() + '\n';
+    buffer += m_out.painted(ink, cells.back()) + '\n';
     m_out.written();
 }
 

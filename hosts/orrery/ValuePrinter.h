@@ -53,7 +53,7 @@ public:
 
 private:
     void printHeading(const std::vector<ValueColumn>& columns);
-    void printLine(const std::vector<std::string>& cells);
+    void printLine(const std::vector<std::string>& cells, Ink ink = Ink::Plain);
 
     Output& m_out;
     bool m_showsOffset;

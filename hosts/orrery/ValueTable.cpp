@@ -1,153 +1,22 @@
 #include "hosts/orrery/ValueTable.h"
 
-#include "foundations/variant/VariantOperations.h"
+#include "hosts/orrery/ColumnReader.h"
 #include "hosts/orrery/Diagnostics.h"
-#include "hosts/orrery/ElementText.h"
 #include "hosts/orrery/Failure.h"
 #include "hosts/orrery/PlainText.h"
-#include "hosts/orrery/UnitText.h"
+#include "hosts/orrery/ValueJson.h"
 #include "hosts/orrery/ValuePrinter.h"
 
 #include <algorithm>
-#include <complex>
 #include <memory>
-#include <stdexcept>
 #include <utility>
 #include <vector>
 
 namespace Orrery::Host {
 
-using Brindle::Quay::BVariant;
-using Brindle::Quay::WellKnownType;
-
 namespace {
 
-constexpr std::uint64_t s_blockElements = std::uint64_t(1) << 20U;
 constexpr int s_mostAxes = 8; // more than anybody looks at; a hostile file may have millions
-
-/// The values of one variable, read block by block in one unit.
-class ColumnReader
-{
-public:
-    explicit ColumnReader(const Variable& variable)
-        : m_name(variable.GetName().toStdString())
-        , m_reader(variable)
-        , m_units(unitsOf(variable)) // a function has told them by now
-    {
-    }
-
-    /// Errors: Failure for a variable without units, and for units of another kind.
-    void convertTo(const Units& target);
-
-    /// Convert to the display units of the variable, if it has any.
-    void preferDisplayUnits(const Variable& variable);
-
-    /// Show complex values as real ones if all of them are, as a frequency of a complex plot is.
-    void preferReal();
-
-    const OffsetReader& reader() const { return m_reader; }
-
-    ValueColumn read(std::uint64_t begin, std::uint64_t end);
-    ValueColumn readOne(std::uint64_t offset);
-
-private:
-    ValueColumn prepared(Selection values);
-    void keepParts(BVariant* data);
-
-    std::string m_name;
-    OffsetReader m_reader;
-    std::optional<Units> m_units;
-    std::optional<Units> m_target;
-    bool m_isShownAsReal = false;
-    std::optional<bool> m_isComplex; // of the first block; a table has either one column for it or two
-};
-
-bool isComplex(const BVariant& data)
-{
-    return !data.isEmpty() && ElementText(data).isComplex();
-}
-
-void ColumnReader::convertTo(const Units& target)
-{
-    if (!m_units)
-        throw Failure("has no units, and can't be converted to " + unitsLabel(target));
-    requireCommensurable(*m_units, target);
-    if (*m_units != target)
-        m_target = target;
-}
-
-void ColumnReader::preferDisplayUnits(const Variable& variable)
-{
-    if (const std::optional<Units> shown = shownUnitsOf(variable); m_units && shown)
-        convertTo(*shown);
-}
-
-void ColumnReader::preferReal()
-{
-    BVariant data;
-    if (m_reader.isHeld())
-        data = m_reader.held().data;
-    else if (m_reader.offsets() > 0 &&
-             m_reader.offsets() <= s_blockElements) // worth a look before it is printed
-        data = m_reader.read(0, m_reader.offsets()).data;
-    if (!isComplex(data))
-        return;
-    static_cast<void>(data.constData()); // damaged data tell so themselves
-    try {
-        convertInPlace(data, WellKnownType::of<double>());
-        m_isShownAsReal = true;
-    } catch (const std::runtime_error&) {
-        m_isShownAsReal = false; // there are imaginary parts
-    }
-}
-
-// Blocks of a joined variable may be of several types; the columns are those of the first.
-void ColumnReader::keepParts(BVariant* data)
-{
-    if (data->isEmpty())
-        return;
-    const bool hasParts = isComplex(*data);
-    if (!m_isComplex)
-        m_isComplex = hasParts;
-    if (*m_isComplex && !hasParts)
-        convertInPlace(*data, WellKnownType::of<std::complex<double>>());
-    if (!*m_isComplex && hasParts)
-        throw Failure("the values are real at first and complex later; --range shows them apart");
-}
-
-ValueColumn ColumnReader::prepared(Selection values)
-{
-    if (m_isShownAsReal)
-        convertInPlace(values.data, WellKnownType::of<double>());
-    keepParts(&values.data);
-    if (m_target && !values.data.isEmpty()) {
-        static_cast<void>(values.data.constData()); // damaged data tell so themselves
-        BVariant converted;
-        if (m_units->ConvertedTo(*m_target, values.data, &converted) < 0)
-            throw Failure("values of the type " + Host::elementTypeName(values.data.getWellKnownType()) +
-                          " can't be converted");
-        values.data = std::move(converted);
-    }
-    return {m_name, unitsSuffix(m_target ? m_target : m_units), std::move(values)};
-}
-
-ValueColumn ColumnReader::read(std::uint64_t begin, std::uint64_t end)
-{
-    return prepared(begin == end ? Selection() : m_reader.read(begin, end));
-}
-
-ValueColumn ColumnReader::readOne(std::uint64_t offset)
-{
-    return prepared(m_reader.readOne(offset));
-}
-
-std::uint64_t countOf(const std::vector<std::uint64_t>& shape)
-{
-    std::uint64_t count = 1;
-    for (const std::uint64_t size : shape)
-        count *= size;
-    return count;
-}
 
 /// Prints one variable; the parts of printVariable().
 class VariablePrinter
@@ -159,10 +28,10 @@ public:
 
 private:
     void addAxis(const Variable& variable, int index);
-    std::uint64_t blockLength() const;
     std::vector<ValueColumn> readColumns(std::uint64_t begin, std::uint64_t end);
     void printTable();
     void printAsCsv();
+    void printAsJson();
     void printPlain();
 
     template <class PrintBlock>
@@ -211,18 +80,10 @@ void VariablePrinter::addAxis(const Variable& variable, int index)
     m_axes.back()->preferReal();
 }
 
-std::uint64_t VariablePrinter::blockLength() const
-{
-    const OffsetReader& reader = m_values.reader();
-    const std::uint64_t elements =
-        reader.isHeld() ? std::max<std::uint64_t>(countOf(reader.held().elementShape), 1) : 1;
-    return std::max<std::uint64_t>(s_blockElements / elements, 1);
-}
-
 template <class PrintBlock>
 void VariablePrinter::forEachBlock(const PrintBlock& printBlock)
 {
-    const std::uint64_t length = blockLength();
+    const std::uint64_t length = m_values.blockLength();
     for (std::uint64_t begin = m_span.begin; begin < m_span.end;) {
         const std::uint64_t end = begin + std::min(length, m_span.end - begin);
         printBlock(begin, end);
@@ -260,6 +121,16 @@ void VariablePrinter::printAsCsv()
     });
 }
 
+void VariablePrinter::printAsJson()
+{
+    ValueJson json(m_out);
+    json.begin(*m_options.json, m_span, m_values.reader().offsets());
+    for (const std::unique_ptr<ColumnReader>& axis : m_axes)
+        json.addAxis(*axis, m_span);
+    json.addValues(m_values, m_span);
+    json.end();
+}
+
 void VariablePrinter::printPlain()
 {
     const OffsetReader& reader = m_values.reader();
@@ -277,7 +148,9 @@ void VariablePrinter::printPlain()
 
 void VariablePrinter::print()
 {
-    if (m_options.isCsv)
+    if (m_options.json)
+        printAsJson();
+    else if (m_options.isCsv)
         printAsCsv();
     else if (!m_axes.empty())
         printTable();

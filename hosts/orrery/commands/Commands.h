@@ -14,6 +14,7 @@ using Action = std::function<void(Output&)>;
 
 /// Each of these adds one command to the program, and stores in `*action` what it does when it was given. `*action`
 /// must outlive the parsing.
+void addCompleteCommand(CLI::App& program, Action* action);
 void addConvertCommand(CLI::App& program, Action* action);
 void addCopyCommand(CLI::App& program, Action* action);
 void addDiffCommand(CLI::App& program, Action* action);

@@ -52,6 +52,19 @@ ComparisonOptions comparisonOptions(const DiffOptions& options)
     return comparison;
 }
 
+Ink inkOf(const Difference& difference)
+{
+    switch (difference.kind) {
+    case Difference::OnlyInFirst:
+        return Ink::Removed;
+    case Difference::OnlyInSecond:
+        return Ink::Added;
+    case Difference::Changed:
+        break;
+    }
+    return Ink::Changed;
+}
+
 /// Whether there are differences.
 bool diff(const DiffOptions& options, Output& out)
 {
@@ -62,9 +75,10 @@ bool diff(const DiffOptions& options, Output& out)
     try {
         compareTrees({first->GetRoot(), printable(options.first)},
                      {second->GetRoot(), printable(options.second)}, comparison,
-                     [&](const std::string& line) {
+                     [&](const Difference& difference) {
                          isDifferent = true;
-                         out.write(line + "\n");
+                         out.write(out.painted(inkOf(difference), difference.path + ':') + ' ' +
+                                   difference.what + '\n');
                      });
     } catch (const Failure&) {
         out.flush(); // what has been found is true

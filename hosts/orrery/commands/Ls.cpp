@@ -1,4 +1,5 @@
 #include "hosts/orrery/TreeAccess.h"
+#include "hosts/orrery/TreeJson.h"
 #include "hosts/orrery/TreeListing.h"
 #include "hosts/orrery/commands/Commands.h"
 
@@ -14,6 +15,7 @@ struct LsOptions
     std::string file;
     std::string path;
     ListingOptions listing;
+    bool isJson = false;
 };
 
 const char s_help[] = R"(One line for each folder and variable below PATH, or below the root of the file:
@@ -27,13 +29,23 @@ folders and variables consist of.
 ORDERING of arrays with more than one dimension; FLAGS: r read-only, h hidden,
 s saved with the tree, c cell array.
 
+--json writes one JSON document: "nodes" is a list with an object for each line
+that the table would have, with all that -l shows, and more: full paths, units
+with their numbers, and where references lead ("target", whose "resolved" is
+null for one that leads nowhere).
+
 Examples: orrery ls diode.h5
-          orrery ls -la diode.h5 dc1)";
+          orrery ls -la diode.h5 diode/dc1
+          orrery ls --json diode.h5 diode/dc1)";
 
 void list(const LsOptions& options, Output& out)
 {
     const std::shared_ptr<DataFile> file = openForReading(options.file);
-    printListing(out, *findNode(*file, options.file, options.path), options.listing);
+    AbstractProperty* const node = findNode(*file, options.file, options.path);
+    if (options.isJson)
+        printJsonListing(out, options.file, *node, options.listing.showsAll);
+    else
+        printListing(out, *node, options.listing);
 }
 
 } // namespace
@@ -47,6 +59,7 @@ void addLsCommand(CLI::App& program, Action* action)
         ->type_name("");
     command->add_flag("-l,--long", options->listing.isLong, "More columns, with their names");
     command->add_flag("-a,--all", options->listing.showsAll, "Every node");
+    command->add_flag("--json", options->isJson, "As JSON, with all columns");
     command->footer(s_help);
     command->callback([options, action] { *action = [options](Output& out) { list(*options, out); }; });
 }

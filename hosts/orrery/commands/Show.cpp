@@ -27,6 +27,7 @@ struct ShowOptions
     std::string units;
     std::string function;
     bool isCsv = false;
+    bool isJson = false;
     bool hasAt = false;
     bool hasRange = false;
     bool hasUnits = false;
@@ -50,6 +51,11 @@ offset: the offset, the values of the axes, and the value. A complex value is
 two columns, .re and .im; an element that is an array is one column for each of
 its values.
 
+--json writes one JSON document: the values, nested as their "shape" says, and
+"axes" with theirs; types, units and paths. Numbers are exact, a complex one is
+[re, im], and what JSON has no number for is "NaN", "Infinity" or "-Infinity".
+Text that is no UTF-8 is {"base64": "..."}.
+
 --units U converts the values to any unit of their kind, the axes stay.
 
 --function NAME shows a function of the variable, which is computed in memory:
@@ -60,7 +66,8 @@ Where parameters are left out, the function has its own.
 
 Examples: orrery show diode.h5 'diode/dc1/i(vd)' --at 140 --units mA
           orrery show diode.h5 'diode/dc1/i(vd)' --range 100:110 --csv
-          orrery show diode.h5 'diode/dc1/i(vd)' --function derivative)";
+          orrery show diode.h5 'diode/dc1/i(vd)' --function derivative
+          orrery show diode.h5 'diode/dc1/i(vd)' --json)";
 
 std::optional<OffsetRange> wantedOffsets(const ShowOptions& options)
 {
@@ -93,8 +100,12 @@ void reportReads(const Variable& function)
 }
 
 void print(DataFile& file, const AbstractProperty& node, const std::optional<FunctionCall>& call,
-           const TableOptions& table, Output& out)
+           TableOptions table, Output& out)
 {
+    if (table.json) {
+        table.json->path = node.GetFullPath();
+        table.json->type = node.PropertyObjType();
+    }
     if (node.IsVariable()) {
         const Variable& variable = wantedVariable(file, static_cast<const Variable&>(node), call);
         printVariable(out, variable, table);
@@ -115,6 +126,8 @@ void show(const ShowOptions& options, Output& out)
     TableOptions table;
     table.range = wantedOffsets(options);
     table.isCsv = options.isCsv;
+    if (options.isJson)
+        table.json = JsonHead{options.file, QString(), QString(), options.function};
     const std::optional<FunctionCall> call =
         options.hasFunction ? std::make_optional(parseFunction(options.function)) : std::nullopt;
     if (options.hasUnits)
@@ -151,7 +164,8 @@ void addShowCommand(CLI::App& program, Action* action)
     CLI::Option* const function =
         command->add_option("--function", options->function, "Show a function of the variable")
             ->type_name("NAME[:P1,...]");
-    command->add_flag("--csv", options->isCsv, "As comma-separated values");
+    CLI::Option* const csv = command->add_flag("--csv", options->isCsv, "As comma-separated values");
+    command->add_flag("--json", options->isJson, "As JSON")->excludes(csv);
     command->footer(s_help);
     command->callback([options, action, at, range, units, function] {
         options->hasAt = at->count() > 0;

@@ -58,7 +58,9 @@ std::vector<std::string> differences(PropertyObject& a, PropertyObject& b,
                                      const ComparisonOptions& options = {})
 {
     std::vector<std::string> lines;
-    compareTrees({&a, "A"}, {&b, "B"}, options, [&](const std::string& line) { lines.push_back(line); });
+    compareTrees({&a, "A"}, {&b, "B"}, options, [&](const Difference& difference) {
+        lines.push_back(difference.path + ": " + difference.what);
+    });
     return lines;
 }
 
