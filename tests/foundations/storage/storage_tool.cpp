@@ -4,16 +4,24 @@
 //     storage_tool small FILE     write a file with one node of each kind, to be forged
 //     storage_tool open FILE      0 and nothing said, or 3 and the reason on standard output
 //     storage_tool resave FILE    open a file for writing and save it again
+//     storage_tool probe FILE...  open each file, read all of it and follow its references; one line for each, with
+//                                 what became of it, the memory that it took at most, and the reason
 #include "tests/foundations/storage/DataFiles.h"
 
 #include "foundations/variant/VariantOperations.h"
 
+#include <QList>
+
 #include <complex>
 #include <cstdio>
+#include <exception>
+#include <fstream>
 #include <limits>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <unistd.h>
 
 namespace {
 
@@ -24,6 +32,7 @@ using Brindle::Quay::Complex;
 using Brindle::Quay::createArray;
 using Brindle::Quay::DataOrdering;
 using Brindle::Quay::Duration;
+using Brindle::Quay::sliceRange;
 using Brindle::Quay::TimePoint;
 using Brindle::Quay::WellKnownType;
 
@@ -194,6 +203,71 @@ void BuildSmall(PropertyObject& root)
     AddValue(root, QStringLiteral("z"), BVariant(true));
 }
 
+// Bytes of memory that this process has had at most since the last call of StartMeter.
+std::uint64_t PeakMemory()
+{
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind("VmHWM:", 0) == 0)
+            return std::stoull(line.substr(6)) * 1024;
+    }
+    return 0;
+}
+
+void StartMeter()
+{
+    std::ofstream("/proc/self/clear_refs") << "5";
+}
+
+// What keeps some array from being read, whole or in part; empty if nothing does.
+QString ReasonUnread(const PropertyObject& folder)
+{
+    QString reason;
+    QList<AbstractProperty*> children;
+    folder.GetPropertyList(&children);
+    for (const AbstractProperty* const child : qAsConst(children)) {
+        try {
+            if (const auto* const below = dynamic_cast<const PropertyObject*>(child)) {
+                reason = ReasonUnread(*below);
+            } else if (const auto* const simple = dynamic_cast<const SimpleProperty*>(child)) {
+                const BVariant value = simple->GetValue();
+                if (!value.isScalar() && !value.getDimensions().empty() && value.getDimensions()[0] != 0)
+                    sliceRange(value, value.getDimensions()[0] - 1, value.getDimensions()[0] - 1);
+                if (!value.isNull())
+                    value.constData();
+            } else if (const auto* const reference = dynamic_cast<const PropertyReference*>(child)) {
+                reference->Resolve();
+            }
+        } catch (const std::exception& error) {
+            reason = QString::fromUtf8(error.what());
+        }
+        if (!reason.isEmpty())
+            return reason;
+    }
+    return QString();
+}
+
+// A file that can be opened but not read is refused no less, as far as a forger is concerned.
+void Probe(const QString& path)
+{
+    constexpr unsigned longest = 20; // seconds; whoever started this program sees the signal
+    ::alarm(longest);
+    StartMeter();
+    const char* end = "refused";
+    QString why;
+    {
+        const Outcome opened = TryOpen(path);
+        why = opened.why;
+        if (opened.code >= 0) {
+            why = ReasonUnread(*opened.file->GetRoot());
+            end = why.isEmpty() ? "sound" : "unread";
+        }
+    }
+    std::printf("%s\t%llu\t%s\n", end, static_cast<unsigned long long>(PeakMemory()),
+                why.toUtf8().constData());
+    std::fflush(stdout);
+}
+
 int Run(const std::string& command, const QString& path)
 {
     if (command == "sample" || command == "small") {
@@ -212,11 +286,16 @@ int Run(const std::string& command, const QString& path)
 
 int main(int count, char** arguments)
 {
-    if (count != 3) {
-        std::fprintf(stderr, "usage: storage_tool sample|small|open|resave FILE\n");
+    const bool isProbe = count > 2 && std::string(arguments[1]) == "probe";
+    if (count != 3 && !isProbe) {
+        std::fprintf(stderr, "usage: storage_tool sample|small|open|resave FILE, or probe FILE...\n");
         return 2;
     }
     try {
+        for (int i = 2; isProbe && i < count; ++i)
+            Probe(QString::fromLocal8Bit(arguments[i]));
+        if (isProbe)
+            return 0;
         return Run(arguments[1], QString::fromLocal8Bit(arguments[2]));
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
