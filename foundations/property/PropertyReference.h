@@ -35,8 +35,8 @@ public:
         QString uid; ///< as DataFile::GetFileUid(); empty when it isn't known, and then any file will do
     };
 
-    PropertyReference();
-    explicit PropertyReference(const QString& name);
+    PropertyReference();                             ///< unnamed and unset
+    explicit PropertyReference(const QString& name); ///< unset: it resolves to null
 
     /// Name, flags and path; no parent.
     PropertyReference(const PropertyReference& other);
@@ -45,7 +45,7 @@ public:
     /// that has no place yet, its path is taken over as it is. Name, flags and place stay.
     PropertyReference& operator=(const PropertyReference& other);
 
-    static const QString& StaticType();
+    static const QString& StaticType(); ///< "PropertyReference"
     const QString& PropertyObjType() const override;
     unsigned int GetTypeFlags() const override;
     ~PropertyReference() override;
@@ -77,7 +77,7 @@ protected:
 public:
     /// The target, by GetPropertyRef() and GetPropertyConstRef(); null when it can't be resolved.
     AbstractProperty* Resolve() const;
-    const AbstractProperty* ResolveConst() const;
+    const AbstractProperty* ResolveConst() const; ///< likewise, for reading
 
     /// The node that this reference is bound to, if it lives and stands where a reference from here may lead; null
     /// for one that isn't bound, or would have to be looked up. Runs no code of a host, which a look-up may.
@@ -103,8 +103,8 @@ public:
 
     /// The kind of the target, by GetPropertyConstRef(); false when there is none.
     bool IsRefVariable() const;
-    bool IsRefPropertyObject() const;
-    bool IsRefMetadata() const;
+    bool IsRefPropertyObject() const; ///< whether the target is a folder
+    bool IsRefMetadata() const;       ///< whether it is a Metadata
 
     /// How references into other files are resolved in this process; null for not at all.
     ///

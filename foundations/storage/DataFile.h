@@ -48,6 +48,7 @@ public:
         PackingOption      ///< small numeric arrays share one dataset
     };
 
+    /// What a file is opened for.
     enum OpenMode
     {
         ReadOnly,  ///< the file is read; the tree may change in memory and isn't saved
@@ -89,19 +90,19 @@ public:
 
     /// The root folder; null after Close. Owned by this file while OwnsFileContents() is set.
     RootProperty* GetRoot();
-    const RootProperty* GetRoot() const;
+    const RootProperty* GetRoot() const; ///< likewise, for reading
 
     /// Let references look anew for files and targets that they haven't found, and warn again of those that still
     /// aren't there.
     void RetryReferences();
 
-    QString GetPath() const;
-    OpenMode GetMode() const;
+    QString GetPath() const;  ///< where Save writes to
+    OpenMode GetMode() const; ///< as it was opened; SaveAs makes ReadOnly ReadWrite
 
     /// Whether the tree goes with the file; true unless it is changed. A tree that is let live on belongs to
     /// whoever cleared the flag, and has no file behind its root then.
     bool OwnsFileContents() const;
-    void SetOwnsFileContents(bool owns);
+    void SetOwnsFileContents(bool owns); ///< see OwnsFileContents()
 
     /// Let `progress` hear of every later Save and SaveAs; an empty function ends that.
     ///
@@ -122,13 +123,13 @@ public:
     ///         stays what it was.
     /// Cost:   arrays that are compressed can't be read in place; a slice of one unpacks the chunks it touches.
     ERESULT SetCompressionLevel(int level);
-    int GetCompressionLevel() const;
+    int GetCompressionLevel() const; ///< the level of the next save
 
     /// Store small numeric arrays together, for a file that only this library reads; off by default.
     ///
     /// Errors: ER_FAILED for a file type that has no such thing; the choice stays what it was.
     ERESULT SetPacked(bool packed);
-    bool IsPacked() const;
+    bool IsPacked() const; ///< the choice of the next save
 
 protected:
     /// Starts with an empty tree.
@@ -189,7 +190,7 @@ public:
     /// The children of the other root replace those of this one; the file stays.
     RootProperty& operator=(const RootProperty& other);
 
-    static const QString& StaticType();
+    static const QString& StaticType(); ///< "RootProperty"
     const QString& PropertyObjType() const override;
     unsigned int GetTypeFlags() const override;
 

@@ -18,15 +18,17 @@ namespace Orrery {
 class ORRERYCORE_EXPORT DataFileCheck
 {
 public:
+    /// How bad a finding is.
     enum Severity
     {
         Warning, ///< the tree can be read whole, but not all around it is as a save leaves it
         Error    ///< something can't be read, or other programs would be led out of the file
     };
 
+    /// One thing that is wrong.
     struct Finding
     {
-        Severity severity;
+        Severity severity; ///< whether the tree can be read all the same
         QString path; ///< of the node, or of the HDF5 object that isn't one; empty for the file as a whole
         QString text; ///< what is wrong, on one line
     };
@@ -34,15 +36,15 @@ public:
     /// What has been looked at.
     struct Summary
     {
-        std::uint64_t folders = 0; ///< without the root
-        std::uint64_t values = 0;
-        std::uint64_t references = 0;
-        std::uint64_t fileBytes = 0;
-        std::uint64_t errors = 0;
-        std::uint64_t warnings = 0;
+        std::uint64_t folders = 0;    ///< without the root
+        std::uint64_t values = 0;     ///< leaves with a value
+        std::uint64_t references = 0; ///< in this file or into others
+        std::uint64_t fileBytes = 0;  ///< the size of the file
+        std::uint64_t errors = 0;     ///< findings that are errors
+        std::uint64_t warnings = 0;   ///< findings that are warnings
     };
 
-    using Report = std::function<void(const Finding& finding)>;
+    using Report = std::function<void(const Finding& finding)>; ///< receives each finding when it is found
 
     /// Receives how many bytes of arrays of how many have been read, at least once for each 4 MiB.
     using Progress = std::function<void(std::uint64_t done, std::uint64_t all)>;

@@ -23,10 +23,10 @@ public:
     /// Makes an unloaded data file of one type; the caller owns it. Null stands for "can't".
     using Creator = DataFile* (*)(const QString& path, DataFile::OpenMode mode);
 
-    static DataFileFactory& Instance();
+    static DataFileFactory& Instance(); ///< valid to the end of the process
 
-    DataFileFactory& operator=(const DataFileFactory&) noexcept { return *this; }
-    DataFileFactory& operator=(DataFileFactory&&) noexcept { return *this; }
+    DataFileFactory& operator=(const DataFileFactory&) noexcept { return *this; } ///< changes nothing
+    DataFileFactory& operator=(DataFileFactory&&) noexcept { return *this; }      ///< changes nothing
 
     /// Make a file type known. "HDF5" is built in.
     ///
