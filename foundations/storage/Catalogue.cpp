@@ -142,7 +142,7 @@ void CheckArray(const ArrayRecord& array, std::uint16_t element)
         throw StorageError(QStringLiteral("the array's layout doesn't fit its element type"));
 
     std::uint64_t expected = 0;
-    if (array.layout == LayoutPlain) {
+    if (!text) {
         if (__builtin_mul_overflow(count, ElementTypes::Size(element), &expected) ||
             expected != array.storedBytes)
             throw StorageError(QStringLiteral("the array's length doesn't fit its dimensions"));
@@ -160,10 +160,12 @@ ArrayRecord ReadArrayRecord(const QByteArray& bytes)
     ArrayRecord array;
     array.dimensions = reader.Words(reader.Word());
     const std::uint64_t layout = reader.Word();
-    if (layout > LayoutPackedText)
+    if (layout > LayoutPooled)
         throw StorageError(QStringLiteral("the array's layout is unknown"));
     array.layout = static_cast<Layout>(layout);
     array.storedBytes = reader.Word();
+    if (layout == LayoutPooled)
+        array.poolOffset = reader.Word();
     array.checksums = reader.Words(reader.Word());
     reader.ExpectEnd();
     return array;
@@ -231,6 +233,8 @@ void Catalogue::SetArray(Row* row, const ArrayRecord& record)
         writer.Word(size);
     writer.Word(record.layout);
     writer.Word(record.storedBytes);
+    if (record.layout == LayoutPooled)
+        writer.Word(record.poolOffset);
     writer.Word(record.checksums.size());
     for (const std::uint64_t checksum : record.checksums)
         writer.Word(checksum);
@@ -423,7 +427,12 @@ std::uint64_t Catalogue::ArrayBytes() const
 {
     std::uint64_t total = 0;
     for (const Row& row : rows) {
-        if (row.form == FormArray && __builtin_add_overflow(total, Array(row).storedBytes, &total))
+        if (row.form != FormArray)
+            continue;
+        const ArrayRecord array = Array(row);
+        const std::uint64_t least =
+            array.layout == LayoutCompressed ? array.storedBytes / MostDeflated : array.storedBytes;
+        if (__builtin_add_overflow(total, least, &total))
             throw StorageError(QStringLiteral("the arrays are too long"));
     }
     return total;

@@ -24,6 +24,9 @@ constexpr std::uint64_t ChecksumBlock = std::uint64_t(4) * 1024 * 1024;
 /// then one of any size, then whole dimensions.
 constexpr std::uint64_t LongestChunk = std::uint64_t(64) * 1024 * 1024;
 
+/// The most bytes that one byte of a deflated chunk can stand for.
+constexpr std::uint64_t MostDeflated = 1032;
+
 constexpr std::uint32_t NoParent = 0xFFFFFFFFU;
 
 enum Kind : std::uint8_t

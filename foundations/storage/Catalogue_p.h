@@ -61,7 +61,7 @@ public:
     /// Path of a row's node, for messages.
     QString Path(std::size_t index) const;
 
-    /// The bytes of all arrays together. Errors: throws StorageError when they don't fit 64 bits.
+    /// The bytes that all arrays together need at least in the file. Errors: throws StorageError when they don't fit 64 bits.
     std::uint64_t ArrayBytes() const;
 
     /// One number over all of it, seeded with the format's version and the file's uid.

@@ -2,26 +2,28 @@
 
 #include "foundations/storage/Catalogue_p.h"
 #include "foundations/storage/Hdf5Handle_p.h"
-#include "foundations/variant/BVariant.h"
+#include "foundations/storage/StoredFile_p.h"
 
-#include <QByteArray>
-
+#include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace Orrery {
 
-/// Reads the arrays that Hdf5ArrayWriter has written.
+/// Finds the datasets of the arrays that Hdf5ArrayWriter has written, and proves that they are what the catalogue
+/// tells: reached by hard links, stored in this very file, of the right type, shape and length.
 ///
-/// An array that is column-major, whose dataset is row-major like all, is brought back to its own order.
+/// Errors: everything here throws StorageError that says what doesn't fit; nothing is allocated before the length
+///         is proved.
+/// Threads: only within an Hdf5Session.
 namespace Hdf5ArrayReader {
 
-/// Read the array of a record, and test its checksums.
-///
-/// The dataset must be what the record says: reached by a hard link, contiguous, in this very file, of this type,
-/// shape and length. `fd` is the open file, from which the bytes are read.
-/// Errors: throws StorageError that says what doesn't fit; nothing is allocated before the length is proved.
-Brindle::Quay::BVariant Read(int fd, hid_t group, const QByteArray& link, std::uint16_t element,
-                             bool columnMajor, const ArrayRecord& record);
+/// The position in the file of an array's elements, of any layout but LayoutNone and LayoutCompressed.
+std::uint64_t Locate(const StoredFile& file, std::size_t row, const ArrayRecord& record);
+
+/// The dataset of a compressed array; `*chunk` gets the dimensions of its chunks, which are runs of its elements.
+Hdf5Handle OpenCompressed(const StoredFile& file, std::size_t row, const ArrayRecord& record,
+                          std::vector<hsize_t>* chunk);
 
 } // namespace Hdf5ArrayReader
 

@@ -3,6 +3,7 @@
 #include "foundations/storage/ElementTypes_p.h"
 #include "foundations/storage/Hdf5Folders_p.h"
 #include "foundations/storage/Hdf5Types_p.h"
+#include "foundations/storage/LazyArray_p.h"
 #include "foundations/storage/StorageError_p.h"
 #include "foundations/variant/VariantOperations.h"
 
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
 #include <string>
 
 namespace Orrery {
@@ -20,52 +22,94 @@ using namespace CatalogueFormat;
 
 namespace {
 
+constexpr std::uint64_t s_kibibyte = 1024;
+
 // Longer texts, or ones of very uneven length, are stored end to end: a fixed length would waste more than it
 // helps.
-constexpr std::uint64_t s_longestPaddedText = std::uint64_t(64) * 1024;
+constexpr std::uint64_t s_longestPaddedText = 64 * s_kibibyte;
 constexpr std::uint64_t s_worthPadding = 4;
-constexpr std::uint64_t s_alwaysPadded = std::uint64_t(64) * 1024;
-std::vector<std::uint64_t> Dimensions(const BVariant& value)
+constexpr std::uint64_t s_alwaysPadded = 64 * s_kibibyte;
+
+// Below, the index of the chunks and the call for each array cost more than the disk space is worth.
+constexpr std::uint64_t s_worthCompressing = 64 * s_kibibyte;
+constexpr std::uint64_t s_chunk = 1024 * s_kibibyte;
+
+// A dataset costs as much time as some ten thousands of bytes, and a longer array doesn't feel it.
+constexpr std::uint64_t s_longestPooled = 256 * s_kibibyte;
+constexpr std::uint64_t s_poolBuffer = 1024 * s_kibibyte;
+
+[[noreturn]] void CannotWrite()
 {
-    const auto view = value.getDimensions();
-    return std::vector<std::uint64_t>(view.begin(), view.end());
-}
-Hdf5Handle Space(const std::vector<hsize_t>& dimensions)
-{
-    return Owned(H5Screate_simple(static_cast<int>(dimensions.size()), dimensions.data(), nullptr), &H5Sclose,
-                 "the array's shape can't be stored");
+    throw StorageError(QStringLiteral("the array can't be written: ") + Hdf5Session::LastError());
 }
 
 Hdf5Handle ContiguousDataset()
 {
     Hdf5Handle list = Owned(H5Pcreate(H5P_DATASET_CREATE), &H5Pclose, "HDF5 is out of order");
     H5Pset_layout(list.Id(), H5D_CONTIGUOUS);
-    H5Pset_fill_time(list.Id(), H5D_FILL_TIME_NEVER); // every element is written
-    H5Pset_obj_track_times(list.Id(), false);         // the same tree gives the same bytes
+    H5Pset_alloc_time(list.Id(), H5D_ALLOC_TIME_EARLY); // the elements are written to their place directly
+    H5Pset_fill_time(list.Id(), H5D_FILL_TIME_NEVER);   // every element is written
+    H5Pset_obj_track_times(list.Id(), false);           // the same tree gives the same bytes
     return list;
+}
+
+Hdf5Handle CompressedDataset(const std::vector<hsize_t>& chunk, int level)
+{
+    Hdf5Handle list = Owned(H5Pcreate(H5P_DATASET_CREATE), &H5Pclose, "HDF5 is out of order");
+    H5Pset_fill_time(list.Id(), H5D_FILL_TIME_NEVER);
+    H5Pset_obj_track_times(list.Id(), false);
+    if (H5Pset_chunk(list.Id(), static_cast<int>(chunk.size()), chunk.data()) < 0 ||
+        H5Pset_shuffle(list.Id()) < 0 || H5Pset_deflate(list.Id(), static_cast<unsigned int>(level)) < 0)
+        throw StorageError(QStringLiteral("the array can't be compressed: ") + Hdf5Session::LastError());
+    return list;
+}
+
+// A chunk is a run of the row-major elements: sizes of 1, then one that brings it to its length, then whole
+// dimensions. So each goes through the filters as it lies in memory.
+std::vector<hsize_t> ChunkOf(const std::vector<hsize_t>& dimensions, std::uint64_t elementSize)
+{
+    std::vector<hsize_t> chunk = dimensions;
+    std::uint64_t inner = std::accumulate(dimensions.begin(), dimensions.end(), elementSize,
+                                          [](std::uint64_t a, std::uint64_t b) { return a * b; });
+    for (hsize_t& size : chunk) {
+        inner /= size;
+        size = inner >= s_chunk ? 1 : std::min<hsize_t>(size, (s_chunk + inner - 1) / inner);
+        if (inner < s_chunk)
+            break;
+    }
+    return chunk;
+}
+
+std::uint64_t Checksum(const char* data, std::uint64_t bytes)
+{
+    return XXH3_64bits(data, bytes);
 }
 
 std::vector<std::uint64_t> Checksums(const char* data, std::uint64_t bytes)
 {
     std::vector<std::uint64_t> checksums;
     for (std::uint64_t at = 0; at < bytes; at += ChecksumBlock)
-        checksums.push_back(XXH3_64bits(data + at, std::min(ChecksumBlock, bytes - at)));
+        checksums.push_back(Checksum(data + at, std::min(ChecksumBlock, bytes - at)));
     return checksums;
 }
 
-void WriteDataset(hid_t group, const QByteArray& link, const Hdf5Handle& type,
-                  const std::vector<hsize_t>& dimensions, const void* data, bool isEmpty)
+std::uint64_t AddressOf(hid_t dataset)
 {
-    const Hdf5Handle space = Space(dimensions);
-    const Hdf5Handle creation = ContiguousDataset();
-    const Hdf5Handle links = Utf8Links();
-    Hdf5Handle dataset = Owned(
-        H5Dcreate2(group, link.constData(), type.Id(), space.Id(), links.Id(), creation.Id(), H5P_DEFAULT),
-        &H5Dclose, "the array can't be written");
-    if (!isEmpty && H5Dwrite(dataset.Id(), type.Id(), H5S_ALL, H5S_ALL, H5P_DEFAULT, data) < 0)
-        throw StorageError(QStringLiteral("the array can't be written: ") + Hdf5Session::LastError());
-    if (!dataset.Close())
-        throw StorageError(QStringLiteral("the array can't be written: ") + Hdf5Session::LastError());
+    const haddr_t address = H5Dget_offset(dataset);
+    if (address == HADDR_UNDEF)
+        CannotWrite();
+    return address;
+}
+
+const std::string* TextsOf(const BVariant& value)
+{
+    return value.elementCount() != 0 ? static_cast<const std::string*>(value.constData()) : nullptr;
+}
+
+// Row-major elements; null for none.
+const char* BytesOf(const BVariant& rowMajor)
+{
+    return rowMajor.elementCount() != 0 ? static_cast<const char*>(rowMajor.constData()) : nullptr;
 }
 
 struct TextSizes
@@ -115,50 +159,289 @@ std::string Pack(const std::string* texts, std::uint64_t count, std::uint64_t to
     return bytes;
 }
 
-void WriteText(hid_t group, const QByteArray& link, const std::vector<hsize_t>& dimensions,
-               const std::string* texts, std::uint64_t count, ArrayRecord* record)
+std::uint64_t TextWeight(const BVariant& value)
 {
-    const TextSizes sizes = Measure(texts, count);
-    std::string bytes;
-    if (IsWorthPadding(sizes, count)) {
-        const std::uint64_t length = std::max<std::uint64_t>(sizes.longest, 1);
-        bytes = Pad(texts, count, length);
-        record->layout = LayoutPaddedText;
-        WriteDataset(group, link, Hdf5Types::ForPaddedText(length), dimensions, bytes.data(), count == 0);
-    } else {
-        bytes = Pack(texts, count, sizes.total);
-        record->layout = LayoutPackedText;
-        WriteDataset(group, link, Hdf5Types::ForBytes(), {bytes.size()}, bytes.data(), false);
-    }
-    record->storedBytes = bytes.size();
-    record->checksums = Checksums(bytes.data(), bytes.size());
+    const BVariant& texts = value;
+    return Measure(TextsOf(texts), texts.elementCount()).total;
 }
+
+std::uint64_t WeightOf(const BVariant& value, std::uint16_t element)
+{
+    return element == ElementTypes::TextCode ? TextWeight(value)
+                                             : value.elementCount() * ElementTypes::Size(element);
+}
+
+// What stands in memory or in another file, piece by piece, in row-major order.
+const char* Piece(const StoredArray* stored, const char* data, std::uint64_t at, std::uint64_t size,
+                  std::vector<char>* buffer)
+{
+    if (!stored)
+        return data + at;
+    buffer->resize(size);
+    // A compressed source must be unpacked, which finds what is damaged; other bytes are taken as they are.
+    if (stored->Record().layout == LayoutCompressed)
+        stored->ReadRun(at, size, buffer->data());
+    else
+        stored->File().ReadBytes(stored->Offset() + at, size, buffer->data());
+    return buffer->data();
+}
+
+// For texts in memory it isn't decided yet how they are stored; padded stands for both.
+Layout LayoutOf(const ArrayRecord& record, std::uint16_t element, const SaveOptions& options)
+{
+    if (element == ElementTypes::TextCode)
+        return record.layout == LayoutPackedText ? LayoutPackedText : LayoutPaddedText;
+    if (options.packed && record.storedBytes != 0 && record.storedBytes <= s_longestPooled)
+        return LayoutPooled;
+    if (options.compressionLevel > 0 && record.storedBytes >= s_worthCompressing)
+        return LayoutCompressed;
+    return LayoutPlain;
+}
+
 } // namespace
 
-ArrayRecord Hdf5ArrayWriter::Write(hid_t group, const QByteArray& link, const BVariant& array)
+Hdf5ArrayWriter::Source::Source(const BVariant& value)
+    : m_value(value)
+    , m_stored(LazyArray::Unread(value))
+    , m_element(value.getWellKnownType().code())
+    , m_weight(m_stored ? m_stored->Record().storedBytes : WeightOf(value, m_element))
+{
+}
+
+Hdf5ArrayWriter::Hdf5ArrayWriter(hid_t file, Hdf5WriteDriver* driver, const SaveOptions& options,
+                                 SaveMeter* meter)
+    : m_file(file)
+    , m_driver(driver)
+    , m_options(options)
+    , m_meter(meter)
+    , m_links(Utf8Links())
+    , m_contiguous(ContiguousDataset())
+{
+}
+
+ArrayRecord Hdf5ArrayWriter::RecordOf(const Source& source, const SaveOptions& options)
 {
     ArrayRecord record;
-    record.dimensions = Dimensions(array);
-    if (record.dimensions.empty())
+    if (source.m_stored) {
+        record = source.m_stored->Record();
+        record.poolOffset = 0;
+    } else {
+        const auto view = source.m_value.getDimensions();
+        record.dimensions.assign(view.begin(), view.end());
+        record.storedBytes = source.m_weight;
+    }
+    record.layout = record.dimensions.empty() ? LayoutNone : LayoutOf(record, source.m_element, options);
+    return record;
+}
+
+bool Hdf5ArrayWriter::IsPooled(const Source& source, const SaveOptions& options)
+{
+    return options.packed && RecordOf(source, options).layout == LayoutPooled;
+}
+
+hid_t Hdf5ArrayWriter::ElementType(std::uint16_t element)
+{
+    auto found = m_types.find(element);
+    if (found == m_types.end())
+        found = m_types.emplace(element, Hdf5Types::ForElement(element)).first;
+    return found->second.Id();
+}
+
+Hdf5Handle Hdf5ArrayWriter::Make(hid_t group, const QByteArray& link, hid_t type,
+                                 const Dimensions& dimensions, const Hdf5Handle& creation) const
+{
+    const Hdf5Handle space =
+        Owned(H5Screate_simple(static_cast<int>(dimensions.size()), dimensions.data(), nullptr), &H5Sclose,
+              "the array's shape can't be stored");
+    return Owned(
+        H5Dcreate2(group, link.constData(), type, space.Id(), m_links.Id(), creation.Id(), H5P_DEFAULT),
+        &H5Dclose, "the array can't be written");
+}
+
+// Block by block, each written while it is still in the cache.
+void Hdf5ArrayWriter::Fill(hid_t dataset, const char* data, std::uint64_t bytes, std::uint64_t weight,
+                           ArrayRecord* record)
+{
+    record->storedBytes = bytes;
+    record->checksums.clear();
+    const std::uint64_t address = bytes != 0 ? AddressOf(dataset) : 0;
+    for (std::uint64_t at = 0; at < bytes; at += ChecksumBlock) {
+        const std::uint64_t size = std::min(ChecksumBlock, bytes - at);
+        record->checksums.push_back(Checksum(data + at, size));
+        m_driver->Write(address + at, data + at, size);
+        m_meter->Advance(bytes == weight ? size : 0);
+    }
+    if (bytes != weight)
+        m_meter->Advance(weight);
+}
+
+void Hdf5ArrayWriter::CopyFrom(const StoredArray& stored, hid_t dataset, const ArrayRecord& record)
+{
+    if (record.storedBytes == 0)
+        return;
+    const std::uint64_t address = AddressOf(dataset);
+    const bool inPlace = stored.Record().layout != LayoutCompressed;
+    const std::uint64_t offset = inPlace ? stored.Offset() : 0;
+    std::vector<char> buffer(inPlace ? 0 : std::min(ChecksumBlock, record.storedBytes));
+    for (std::uint64_t at = 0; at < record.storedBytes; at += ChecksumBlock) {
+        const std::uint64_t size = std::min(ChecksumBlock, record.storedBytes - at);
+        if (inPlace) {
+            m_driver->Copy(stored.File().Descriptor(), offset + at, address + at, size);
+        } else {
+            stored.ReadBlock(at / ChecksumBlock, buffer.data());
+            m_driver->Write(address + at, buffer.data(), size);
+        }
+        m_meter->Advance(size);
+    }
+}
+
+ArrayRecord Hdf5ArrayWriter::Write(hid_t group, const QByteArray& link, const Source& source,
+                                   Hdf5Handle* dataset)
+{
+    ArrayRecord record = RecordOf(source, m_options);
+    if (record.layout == LayoutNone)
         return record;
     if (record.dimensions.size() > H5S_MAX_RANK)
         throw StorageError(QStringLiteral("an array of more than 32 dimensions can't be saved"));
-
-    const BVariant rowMajor = array.reordered(DataOrdering::RowMajor);
-    const std::uint16_t element = rowMajor.getWellKnownType().code();
-    const std::uint64_t count = rowMajor.elementCount();
-    const std::vector<hsize_t> dimensions(record.dimensions.begin(), record.dimensions.end());
-    if (element == ElementTypes::TextCode) {
-        const auto* const texts =
-            count != 0 ? static_cast<const std::string*>(rowMajor.constData()) : nullptr;
-        WriteText(group, link, dimensions, texts, count, &record);
+    const Dimensions dimensions(record.dimensions.begin(), record.dimensions.end());
+    if (source.m_element == ElementTypes::TextCode) {
+        *dataset = WriteText(group, link, source, &record);
         return record;
     }
-    const void* const data = count != 0 ? rowMajor.constData() : nullptr;
-    record.layout = LayoutPlain;
-    record.storedBytes = count * ElementTypes::Size(element);
-    WriteDataset(group, link, Hdf5Types::ForElement(element), dimensions, data, count == 0);
-    record.checksums = Checksums(static_cast<const char*>(data), record.storedBytes);
+    if (record.layout == LayoutCompressed) {
+        *dataset = WriteCompressed(group, link, source, dimensions, &record);
+        return record;
+    }
+    *dataset = Make(group, link, ElementType(source.m_element), dimensions, m_contiguous);
+    if (source.m_stored) {
+        CopyFrom(*source.m_stored, dataset->Id(), record);
+    } else {
+        const BVariant rowMajor = source.m_value.reordered(DataOrdering::RowMajor);
+        Fill(dataset->Id(), BytesOf(rowMajor), record.storedBytes, record.storedBytes, &record);
+    }
     return record;
 }
+
+Hdf5Handle Hdf5ArrayWriter::WriteText(hid_t group, const QByteArray& link, const Source& source,
+                                      ArrayRecord* record)
+{
+    const Dimensions dimensions(record->dimensions.begin(), record->dimensions.end());
+    const std::uint64_t count = source.m_value.elementCount();
+    const auto make = [&](std::uint64_t bytes) {
+        if (record->layout == LayoutPackedText)
+            return Make(group, link, Hdf5Types::ForBytes().Id(), {bytes}, m_contiguous);
+        const std::uint64_t length = count != 0 ? std::max<std::uint64_t>(bytes / count, 1) : 1;
+        return Make(group, link, Hdf5Types::ForPaddedText(length).Id(), dimensions, m_contiguous);
+    };
+    if (source.m_stored) {
+        Hdf5Handle dataset = make(record->storedBytes);
+        CopyFrom(*source.m_stored, dataset.Id(), *record);
+        return dataset;
+    }
+    const BVariant rowMajor = source.m_value.reordered(DataOrdering::RowMajor);
+    const std::string* const texts = TextsOf(rowMajor);
+    const TextSizes sizes = Measure(texts, count);
+    const bool padded = IsWorthPadding(sizes, count);
+    record->layout = padded ? LayoutPaddedText : LayoutPackedText;
+    const std::string bytes = padded ? Pad(texts, count, std::max<std::uint64_t>(sizes.longest, 1))
+                                     : Pack(texts, count, sizes.total);
+    Hdf5Handle dataset = make(bytes.size());
+    Fill(dataset.Id(), bytes.data(), bytes.size(), source.m_weight, record);
+    return dataset;
+}
+
+Hdf5Handle Hdf5ArrayWriter::WriteCompressed(hid_t group, const QByteArray& link, const Source& source,
+                                            const Dimensions& dimensions, ArrayRecord* record)
+{
+    const hid_t type = ElementType(source.m_element);
+    const Dimensions chunk = ChunkOf(dimensions, ElementTypes::Size(source.m_element));
+    const Hdf5Handle creation = CompressedDataset(chunk, m_options.compressionLevel);
+    Hdf5Handle dataset = Make(group, link, type, dimensions, creation);
+    if (source.m_stored) {
+        WriteChunks(dataset.Id(), type, dimensions, chunk, source, nullptr);
+        return dataset;
+    }
+    const BVariant rowMajor = source.m_value.reordered(DataOrdering::RowMajor);
+    const char* const data = BytesOf(rowMajor);
+    record->checksums = Checksums(data, record->storedBytes);
+    WriteChunks(dataset.Id(), type, dimensions, chunk, source, data);
+    return dataset;
+}
+
+// All chunks in the order of their elements. `split` is the dimension that a chunk takes a part of.
+void Hdf5ArrayWriter::WriteChunks(hid_t dataset, hid_t type, const Dimensions& dimensions,
+                                  const Dimensions& chunk, const Source& source, const char* data)
+{
+    std::size_t split = 0;
+    while (split + 1 < chunk.size() && chunk[split] == 1)
+        ++split;
+    std::uint64_t inner = ElementTypes::Size(source.m_element);
+    for (std::size_t i = split + 1; i < dimensions.size(); ++i)
+        inner *= dimensions[i];
+
+    const Hdf5Handle space = Owned(H5Dget_space(dataset), &H5Sclose, "the array can't be written");
+    Dimensions start(dimensions.size(), 0);
+    Dimensions count = chunk;
+    std::vector<char> buffer;
+    const std::uint64_t bytes = source.m_weight;
+    for (std::uint64_t at = 0; at < bytes;) {
+        count[split] = std::min(chunk[split], dimensions[split] - start[split]);
+        const std::uint64_t size = count[split] * inner;
+        const char* const piece = Piece(source.m_stored.get(), data, at, size, &buffer);
+        const Hdf5Handle run = Owned(H5Screate_simple(static_cast<int>(count.size()), count.data(), nullptr),
+                                     &H5Sclose, "the array can't be written");
+        if (H5Sselect_hyperslab(space.Id(), H5S_SELECT_SET, start.data(), nullptr, count.data(), nullptr) <
+                0 ||
+            H5Dwrite(dataset, type, run.Id(), space.Id(), H5P_DEFAULT, piece) < 0)
+            CannotWrite();
+        m_meter->Advance(size);
+        at += size;
+        start[split] += count[split];
+        for (std::size_t i = split; i > 0 && start[i] >= dimensions[i]; --i) {
+            start[i] = 0;
+            ++start[i - 1];
+        }
+    }
+}
+
+void Hdf5ArrayWriter::MakePool(std::uint64_t bytes)
+{
+    const Hdf5Handle type = Hdf5Types::ForBytes();
+    const Hdf5Handle dataset = Make(m_file, PoolName, type.Id(), {bytes}, m_contiguous);
+    m_poolAddress = AddressOf(dataset.Id());
+    m_poolBuffer.reserve(s_poolBuffer + s_longestPooled);
+}
+
+ArrayRecord Hdf5ArrayWriter::WritePooled(const Source& source)
+{
+    ArrayRecord record = RecordOf(source, m_options);
+    if (record.dimensions.size() > H5S_MAX_RANK)
+        throw StorageError(QStringLiteral("an array of more than 32 dimensions can't be saved"));
+    record.poolOffset = m_poolLength;
+    const std::size_t before = m_poolBuffer.size();
+    m_poolBuffer.resize(before + record.storedBytes);
+    char* const place = m_poolBuffer.data() + before;
+    if (source.m_stored) {
+        std::vector<char> buffer;
+        std::memcpy(place, Piece(source.m_stored.get(), nullptr, 0, record.storedBytes, &buffer),
+                    record.storedBytes);
+    } else {
+        const BVariant rowMajor = source.m_value.reordered(DataOrdering::RowMajor);
+        std::memcpy(place, BytesOf(rowMajor), record.storedBytes);
+        record.checksums = Checksums(place, record.storedBytes);
+    }
+    m_poolLength += record.storedBytes;
+    m_meter->Advance(record.storedBytes);
+    if (m_poolBuffer.size() >= s_poolBuffer)
+        FlushPool();
+    return record;
+}
+
+void Hdf5ArrayWriter::FlushPool()
+{
+    m_driver->Write(m_poolAddress, m_poolBuffer.data(), m_poolBuffer.size());
+    m_poolAddress += m_poolBuffer.size();
+    m_poolBuffer.clear();
+}
+
 } // namespace Orrery

@@ -68,6 +68,23 @@ bool ReadAttribute(hid_t object, const char* name, const Hdf5Handle& type, void*
            H5Aread(attribute.Id(), type.Id(), data) >= 0;
 }
 
+// Only a choice that was made is told.
+void WriteOption(hid_t object, const char* name, int value)
+{
+    const auto number = static_cast<std::uint32_t>(value);
+    if (number != 0)
+        WriteAttribute(object, name, Number(H5T_STD_U32LE), &number);
+}
+
+int ReadOption(hid_t object, const char* name, int highest)
+{
+    std::uint32_t number = 0;
+    if (!ReadAttribute(object, name, Number(H5T_STD_U32LE), &number) ||
+        number > static_cast<std::uint32_t>(highest))
+        return 0;
+    return static_cast<int>(number);
+}
+
 Hdf5Handle OpenDataset(hid_t file, const char* name)
 {
     H5L_info_t info;
@@ -122,7 +139,8 @@ void ExpectFormat(const Hdf5Handle& rows)
 
 } // namespace
 
-void Hdf5CatalogueIo::Write(hid_t file, const Catalogue& catalogue, const QByteArray& uid)
+void Hdf5CatalogueIo::Write(hid_t file, const Catalogue& catalogue, const QByteArray& uid,
+                            const SaveOptions& options)
 {
     const auto heapSize = static_cast<hsize_t>(catalogue.heap.size());
     Hdf5Handle heap =
@@ -138,8 +156,20 @@ void Hdf5CatalogueIo::Write(hid_t file, const Catalogue& catalogue, const QByteA
     WriteAttribute(rows.Id(), "version", Number(H5T_STD_U32LE), &version);
     WriteAttribute(rows.Id(), "uid", Hdf5Types::ForPaddedText(s_uidLength), uid.constData());
     WriteAttribute(rows.Id(), "checksum", Number(H5T_STD_U64LE), &checksum);
+    WriteOption(rows.Id(), "compression", options.compressionLevel);
+    WriteOption(rows.Id(), "packed", options.packed ? 1 : 0);
     if (!rows.Close())
         CannotWrite();
+}
+
+SaveOptions Hdf5CatalogueIo::ReadOptions(hid_t file)
+{
+    constexpr int highestLevel = 9;
+    const Hdf5Handle rows = OpenDataset(file, RowsName);
+    SaveOptions options;
+    options.compressionLevel = ReadOption(rows.Id(), "compression", highestLevel);
+    options.packed = ReadOption(rows.Id(), "packed", 1) == 1;
+    return options;
 }
 
 QByteArray Hdf5CatalogueIo::Read(hid_t file, Catalogue* catalogue)

@@ -2,6 +2,7 @@
 
 #include "foundations/storage/Catalogue_p.h"
 #include "foundations/storage/Hdf5Handle_p.h"
+#include "foundations/storage/SaveOptions_p.h"
 
 #include <QByteArray>
 
@@ -12,7 +13,10 @@ namespace Orrery {
 namespace Hdf5CatalogueIo {
 
 /// Errors: throws StorageError.
-void Write(hid_t file, const Catalogue& catalogue, const QByteArray& uid);
+void Write(hid_t file, const Catalogue& catalogue, const QByteArray& uid, const SaveOptions& options);
+
+/// The options that Write has kept; those of a file that has none, or none that have a meaning, are the usual ones.
+SaveOptions ReadOptions(hid_t file);
 
 /// Read what Write has written and prove that it is whole; returns the file's uid.
 ///

@@ -35,6 +35,7 @@ private:
     void SaveOrThrow();
     QByteArray UidForSave() const;
 
+    bool m_isSaving = false;
     QByteArray m_uid;  ///< identity of the file, kept for as long as it stays at its place
     QString m_uidPath; ///< the place that the identity belongs to
 };

@@ -4,6 +4,8 @@
 
 #include <hdf5.h>
 
+#include <cstdint>
+
 namespace Orrery {
 
 /// Lets HDF5 write into a file that is open already, and keeps write errors from it.
@@ -29,11 +31,23 @@ public:
     /// The errno of the first write that failed; 0 for none.
     int Error() const { return m_target.error; }
 
+    /// Write elements where HDF5 has set space aside, past its own ways; a failure is kept like any other.
+    void Write(std::uint64_t address, const void* data, std::uint64_t size);
+
+    /// The same with bytes of another file, which don't pass through this process where the system can do without.
+    ///
+    /// Errors: throws StorageError when the other file can't be read or ends too early.
+    void Copy(int source, std::uint64_t offset, std::uint64_t address, std::uint64_t size);
+
+    /// From here on nothing is written any more: the file is given up.
+    void GiveUp();
+
     /// What the driver's operations work on.
     struct Target
     {
         int descriptor;
         int error;
+        haddr_t endOfFile;
     };
 
 private:

@@ -72,7 +72,8 @@ QByteArray LinkName(const QString& name, bool besideCatalogue)
     QByteArray link;
     link.reserve(bytes.size());
     const bool taken =
-        besideCatalogue && (bytes == CatalogueFormat::RowsName || bytes == CatalogueFormat::HeapName);
+        besideCatalogue && (bytes == CatalogueFormat::RowsName || bytes == CatalogueFormat::HeapName ||
+                            bytes == CatalogueFormat::PoolName);
     for (int i = 0; i < bytes.size(); ++i) {
         const char byte = bytes[i];
         if (IsEncodedSurrogate(bytes, i)) {

@@ -3,18 +3,18 @@
 #include "foundations/storage/FileIdentity_p.h"
 #include "foundations/storage/StorageError_p.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QUuid>
+
+#include <xxhash.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
+#include <utility>
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -22,128 +22,216 @@ namespace Orrery {
 
 namespace {
 
-const QString s_suffix = QStringLiteral(".saving");
+const char s_suffix[] = ".saving";
 
-// A file name may have 255 bytes; the target's name, in UTF-8, may fill them.
-constexpr int s_longestBase = 48;
+// Some file systems take names of 143 bytes only, others of 255.
+constexpr int s_longestName = 143;
 
-class Descriptor
+// Where no locks can be had, an unfinished file that nobody has written to for so long is taken for abandoned.
+constexpr std::time_t s_longSeconds = 3600;
+
+// Somebody else's saves may come and go between two looks, but not for ever.
+constexpr int s_mostAttempts = 16;
+
+const QString s_isBeingSaved = QStringLiteral("another save of this file is under way");
+
+[[noreturn]] void FailWithReason(const QString& what)
 {
-public:
-    Descriptor(const QString& path, int flags)
-        : m_fd(::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC))
-    {
-    }
-    ~Descriptor()
-    {
-        if (m_fd >= 0)
-            ::close(m_fd);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int Fd() const { return m_fd; }
-
-private:
-    int m_fd;
-};
+    const int reason = errno;
+    throw StorageError(what + QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(reason)));
+}
 
 [[noreturn]] void FailWithReason(const char* what)
 {
-    const int reason = errno;
-    throw StorageError(QString::fromLatin1(what) + QStringLiteral(": ") +
-                       QString::fromLocal8Bit(std::strerror(reason)));
+    FailWithReason(QString::fromLatin1(what));
+}
+
+enum class LockResult
+{
+    Taken,
+    TakenBySomebodyElse,
+    NoLocksHere
+};
+
+// One byte that no file reaches.
+LockResult Lock(const ReplacementFile::OpenFile& file)
+{
+    struct flock lock = {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = off_t(1) << 62U;
+    lock.l_len = 1;
+    if (::fcntl(file.Get(), F_OFD_SETLK, &lock) == 0)
+        return LockResult::Taken;
+    return errno == EAGAIN || errno == EACCES ? LockResult::TakenBySomebodyElse : LockResult::NoLocksHere;
+}
+
+// The same for the same target, whoever saves it. A long name keeps its beginning, cut before a character, and gets its
+// number.
+QByteArray TemporaryName(const QByteArray& target)
+{
+    QByteArray name = '.' + target + s_suffix;
+    if (name.size() <= s_longestName)
+        return name;
+    const QByteArray number =
+        QByteArray::number(
+            static_cast<qulonglong>(XXH3_64bits(target.constData(), static_cast<std::size_t>(target.size()))),
+            16)
+            .rightJustified(16, '0');
+    int length = s_longestName - static_cast<int>(sizeof s_suffix) - number.size() - 1;
+    while (length > 0 && (static_cast<unsigned char>(target[length]) & 0xC0U) == 0x80U)
+        --length;
+    return '.' + target.left(length) + '~' + number + s_suffix;
 }
 
 // Some file systems can't do this for folders, and say EINVAL; there the rename is as durable as it gets.
-void SyncFolder(const QString& path)
+void SyncFolder(const ReplacementFile::OpenFile& folder)
 {
-    const Descriptor folder(path, O_RDONLY | O_DIRECTORY);
-    if (folder.Fd() < 0 || (::fsync(folder.Fd()) != 0 && errno != EINVAL))
+    const ReplacementFile::OpenFile opened(::openat(folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!opened.IsOpen() || (::fsync(opened.Get()) != 0 && errno != EINVAL))
         FailWithReason("is saved, but may not survive a power failure");
 }
 
-QString TemporaryPrefix(const QFileInfo& target)
+bool IsSameFile(const struct stat& a, const struct stat& b)
 {
-    QString base = target.fileName().left(s_longestBase);
-    if (!base.isEmpty() && base.at(base.size() - 1).isHighSurrogate())
-        base.chop(1); // half a character has no name on disk
-    return QLatin1Char('.') + base + QLatin1Char('.');
-}
-
-// Whether the process that the name tells of is gone. Its lock on the file is the second witness: a process of
-// another machine can't be asked.
-bool IsAbandoned(const QFileInfo& file, const QString& prefix)
-{
-    const QString rest = file.fileName().mid(prefix.size());
-    bool isNumber = false;
-    const int process = rest.section(QLatin1Char('-'), 0, 0).toInt(&isNumber);
-    if (!isNumber || process <= 0 || ::kill(process, 0) == 0 || errno != ESRCH)
-        return false;
-    const Descriptor descriptor(file.filePath(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
-    return descriptor.Fd() >= 0 && ::flock(descriptor.Fd(), LOCK_EX | LOCK_NB) == 0;
-}
-
-void ClearAbandoned(const QFileInfo& target)
-{
-    const QString prefix = TemporaryPrefix(target);
-    const QFileInfoList files = target.dir().entryInfoList(QDir::Files | QDir::Hidden | QDir::System);
-    for (const QFileInfo& file : files) {
-        const QString name = file.fileName();
-        if (name.startsWith(prefix) && name.endsWith(s_suffix) && IsAbandoned(file, prefix))
-            QFile::remove(file.filePath());
-    }
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
 } // namespace
 
+ReplacementFile::OpenFile::OpenFile(OpenFile&& other) noexcept
+    : m_descriptor(std::exchange(other.m_descriptor, -1))
+{
+}
+
+ReplacementFile::OpenFile& ReplacementFile::OpenFile::operator=(OpenFile&& other) noexcept
+{
+    std::swap(m_descriptor, other.m_descriptor);
+    return *this;
+}
+
+ReplacementFile::OpenFile::~OpenFile()
+{
+    if (m_descriptor >= 0)
+        ::close(m_descriptor);
+}
+
 ReplacementFile::ReplacementFile(const QString& target)
-    : m_target(CanonicalPath(target))
 {
     if (target.endsWith(QLatin1Char('/')))
         throw StorageError(QStringLiteral("names a folder, not a file"), ER_INVALID_ARGUMENT);
-    const QFileInfo info(m_target);
-    const QByteArray encoded = QFile::encodeName(m_target);
-    struct stat status = {};
-    if (::stat(encoded.constData(), &status) == 0) {
-        if (!S_ISREG(status.st_mode))
-            throw StorageError(QStringLiteral("is not a regular file"));
-        if (::access(encoded.constData(), W_OK) != 0)
-            FailWithReason("can't be written");
-    } else if (errno != ENOENT) {
+    const QString whole = CanonicalPath(target);
+    const QFileInfo info(whole);
+    m_targetName = QFile::encodeName(info.fileName());
+    m_name = TemporaryName(m_targetName);
+    m_folder = OpenFile(::open(QFile::encodeName(info.path()).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!m_folder.IsOpen()) {
+        if (errno == ENOENT)
+            throw StorageError(QStringLiteral("the folder doesn't exist"), ER_NOT_FOUND);
         FailWithReason("can't be written");
     }
-    if (!info.dir().exists())
-        throw StorageError(QStringLiteral("the folder doesn't exist"), ER_NOT_FOUND);
-    ClearAbandoned(info);
-    m_path = info.dir().filePath(TemporaryPrefix(info) + QString::number(::getpid()) + QLatin1Char('-') +
-                                 QUuid::createUuid().toString(QUuid::Id128).left(12) + s_suffix);
-    m_descriptor = ::open(QFile::encodeName(m_path).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (m_descriptor < 0)
+    LockTarget();
+    for (int attempt = 0; !Make(); ++attempt) {
+        if (attempt == s_mostAttempts)
+            throw StorageError(s_isBeingSaved);
+        ClearAbandoned();
+    }
+}
+
+// What is there must be a file that this user may write, though it will be replaced and not written to.
+void ReplacementFile::LockTarget()
+{
+    struct stat status = {};
+    if (::fstatat(m_folder.Get(), m_targetName.constData(), &status, 0) != 0) {
+        if (errno == ENOENT)
+            return;
         FailWithReason("can't be written");
-    ::flock(m_descriptor, LOCK_EX | LOCK_NB); // tells other processes that somebody is at it; see IsAbandoned
+    }
+    if (!S_ISREG(status.st_mode))
+        throw StorageError(QStringLiteral("is not a regular file"));
+    m_target = OpenFile(
+        ::openat(m_folder.Get(), m_targetName.constData(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (!m_target.IsOpen())
+        FailWithReason("can't be written");
+    if (::fstat(m_target.Get(), &status) != 0 || !S_ISREG(status.st_mode))
+        throw StorageError(QStringLiteral("is not a regular file"));
+    if (Lock(m_target) == LockResult::TakenBySomebodyElse)
+        throw StorageError(s_isBeingSaved);
+}
+
+// False when something stands at the name, or when somebody has taken the new file for abandoned before it could be
+// locked.
+bool ReplacementFile::Make()
+{
+    // Until it has the mode of its target, the new file is for nobody else's eyes.
+    const mode_t mode = m_target.IsOpen() ? 0600 : 0666;
+    m_descriptor = OpenFile(::openat(m_folder.Get(), m_name.constData(),
+                                     O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
+    if (!m_descriptor.IsOpen()) {
+        if (errno == EEXIST)
+            return false;
+        FailWithReason("can't be written");
+    }
+    m_isNamed = Lock(m_descriptor) != LockResult::TakenBySomebodyElse && StandsAtItsName(m_descriptor);
+    return m_isNamed;
+}
+
+// Removes what stands at the name of the new file, if nobody is at work on it.
+void ReplacementFile::ClearAbandoned()
+{
+    const QString text = QStringLiteral("'%1' stands in the way").arg(QFile::decodeName(m_name));
+    const OpenFile found(::openat(m_folder.Get(), m_name.constData(),
+                                  O_RDWR | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
+    if (!found.IsOpen()) {
+        if (errno == ENOENT)
+            return; // its save has just ended
+        FailWithReason(text);
+    }
+    struct stat status = {};
+    if (::fstat(found.Get(), &status) != 0 || !S_ISREG(status.st_mode))
+        throw StorageError(text + QStringLiteral(" and is not a regular file"));
+    const LockResult lock = Lock(found);
+    if (lock == LockResult::TakenBySomebodyElse ||
+        (lock == LockResult::NoLocksHere && std::time(nullptr) - status.st_mtim.tv_sec < s_longSeconds))
+        throw StorageError(s_isBeingSaved);
+    // A save that has ended in between has given the file to its target, or another one has begun.
+    if (StandsAtItsName(found) && ::unlinkat(m_folder.Get(), m_name.constData(), 0) != 0 && errno != ENOENT)
+        FailWithReason(text);
+}
+
+bool ReplacementFile::StandsAtItsName(const OpenFile& file) const
+{
+    struct stat opened = {};
+    struct stat named = {};
+    return ::fstat(file.Get(), &opened) == 0 &&
+           ::fstatat(m_folder.Get(), m_name.constData(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+           IsSameFile(opened, named);
 }
 
 ReplacementFile::~ReplacementFile()
 {
-    if (!m_committed)
-        QFile::remove(m_path);
-    ::close(m_descriptor);
+    if (m_isNamed && StandsAtItsName(m_descriptor))
+        ::unlinkat(m_folder.Get(), m_name.constData(), 0);
 }
 
 void ReplacementFile::Commit()
 {
-    const QByteArray from = QFile::encodeName(m_path);
-    const QByteArray to = QFile::encodeName(m_target);
     struct stat status = {};
-    if (::stat(to.constData(), &status) == 0 && ::fchmod(m_descriptor, status.st_mode & 07777U) != 0)
-        FailWithReason("can't be replaced");
-    if (::fsync(m_descriptor) != 0)
+    if (m_target.IsOpen() && ::fstat(m_target.Get(), &status) == 0) {
+        // Only the superuser can give a file away; for others it becomes theirs, as with every editor.
+        const bool isKept = ::fchown(m_descriptor.Get(), status.st_uid, status.st_gid) == 0 ||
+                            ::fchown(m_descriptor.Get(), static_cast<uid_t>(-1), status.st_gid) == 0;
+        if (::fchmod(m_descriptor.Get(), status.st_mode & (isKept ? 07777U : 0777U)) != 0)
+            FailWithReason("can't be replaced");
+    }
+    if (::fsync(m_descriptor.Get()) != 0)
         FailWithReason("can't be brought to the disk");
-    if (std::rename(from.constData(), to.constData()) != 0)
+    if (!StandsAtItsName(m_descriptor))
+        throw StorageError(QStringLiteral("the new file was taken away before it was complete"));
+    if (::renameat(m_folder.Get(), m_name.constData(), m_folder.Get(), m_targetName.constData()) != 0)
         FailWithReason("can't be replaced");
-    m_committed = true;
-    SyncFolder(QFileInfo(m_target).path());
+    m_isNamed = false;
+    SyncFolder(m_folder);
 }
 
 } // namespace Orrery

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "foundations/storage/Catalogue_p.h"
-#include "foundations/storage/Hdf5Handle_p.h"
 #include "foundations/storage/StoredFile_p.h"
 
 #include <QString>
@@ -9,16 +8,22 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 namespace Orrery {
 
-/// One array as it stands in an open data file. Nothing is kept of its elements.
+class Hdf5ChunkReader;
+
+/// One array as it stands in an open data file. Nothing is kept of its elements, but for a few blocks of an array
+/// that is read in parts.
 ///
 /// "Stored bytes" are those that the record's checksums cover: the elements in row-major order; for text, the
 /// padded texts or the lengths and characters; for a compressed array, the elements before the filters.
-/// All that reads throws StorageError whose text doesn't name file or path; Describe does.
-/// Threads: any. An operation that needs HDF5 takes the StorageMutex by itself; the bytes are read without it.
+/// Errors: all that reads throws StorageError whose text names neither file nor node; Describe does.
+/// Threads: any. What needs HDF5 takes the StorageMutex by itself, for as long as it decompresses; the bytes of all
+///          other arrays are read without it. A thread may not hold a lock here that somebody with the StorageMutex
+///          in his hands waits for, but for an array that isn't compressed and was located before.
 class StoredArray
 {
 public:
@@ -30,15 +35,13 @@ public:
     const ArrayRecord& Record() const { return m_record; } ///< with layout, storedBytes and checksums
     std::uint16_t Element() const;                         ///< element type code
     bool IsColumnMajor() const;
+    bool IsCompressed() const;
 
     /// "<file>: <path of the node>: <what>".
     QString Describe(const QString& what) const;
 
-    /// Find the array's dataset and prove that it is what the record says: reached by hard links, stored in this
-    /// very file, of this type, shape and length, inside the file. Without effect when that was done before.
-    ///
-    /// All others below do it themselves when they must. Not to be called while a lock is held that somebody waits
-    /// for with the StorageMutex in his hands.
+    /// Find the array's dataset and prove that it is what the record says; all others below do it themselves.
+    /// Without effect when that was done before.
     void Locate() const;
 
     /// Where the stored bytes begin in File().Descriptor(); they follow each other. Not for a compressed array.
@@ -51,21 +54,24 @@ public:
     /// Read one block of the stored bytes, whatever the layout, and test its checksum.
     void ReadBlock(std::uint64_t block, void* out) const;
 
-    /// Read all stored bytes, block by block, each tested. Cost: straight into `out`.
-    void ReadAll(void* out) const;
+    /// Read all stored bytes, block by block, each tested while it is still in the cache.
+    ///
+    /// `place(block)` says where a block is to go, and `use(block)` may work on it there.
+    void ReadBlocks(const std::function<char*(std::uint64_t)>& place,
+                    const std::function<void(std::uint64_t)>& use) const;
 
     /// Read and test the blocks that a run of the stored bytes touches; the ends come from kept blocks.
-    void ReadRun(std::uint64_t first, std::uint64_t size, void* out) const;
+    void ReadRun(std::uint64_t first, std::uint64_t size, char* out) const;
 
 private:
-    struct Chunks;
+    void Read(std::uint64_t block, char* out, Hdf5ChunkReader* chunks) const;
+    StoredFile::Block KeptBlock(std::uint64_t block) const;
 
     std::shared_ptr<const StoredFile> m_file;
     std::size_t m_row;
     ArrayRecord m_record;
     mutable std::atomic<bool> m_located{false};
-    mutable std::uint64_t m_offset = 0;       ///< written before m_located
-    mutable std::unique_ptr<Chunks> m_chunks; ///< the same, of a compressed array
+    mutable std::uint64_t m_offset = 0; ///< written before m_located
 };
 
 } // namespace Orrery

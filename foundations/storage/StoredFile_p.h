@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundations/storage/Catalogue_p.h"
+#include "foundations/storage/Hdf5Folders_p.h"
 #include "foundations/storage/Hdf5Handle_p.h"
 #include "foundations/storage/Hdf5ReadDriver_p.h"
 
@@ -12,18 +13,20 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 namespace Orrery {
 
 /// A data file that is open for reading: its descriptor, its HDF5 file and its checked catalogue.
 ///
 /// It stays open for as long as anybody shares it: the load that opened it, and then every array of it that hasn't
-/// been read. What happens to the path meanwhile (another file renamed over it, a removal) doesn't matter.
-/// Threads: any, but for File, which is used within an Hdf5Session.
+/// been read. What happens to the path meanwhile (another file renamed over it, a removal) doesn't matter. A
+/// program that wants to change the file in place is kept out by a shared lock, like that of every HDF5 reader.
+/// Threads: any, but for what says that it is used within an Hdf5Session.
 class StoredFile
 {
 public:
-    /// Open the file at `path`, read its structure and test it.
+    /// Open the file at `path`, read its structure and test it. Within an Hdf5Session.
     ///
     /// Errors: throws StorageError; ER_NOT_FOUND in it when there is no such file.
     static std::shared_ptr<const StoredFile> Open(const QString& path);
@@ -35,8 +38,12 @@ public:
     const QString& Path() const { return m_path; }  ///< as it was opened
     const QByteArray& Uid() const { return m_uid; } ///< the identity that stands in the file
     const Catalogue& Structure() const { return m_catalogue; }
-    hid_t File() const { return m_file.Id(); }
     int Descriptor() const { return m_descriptor.Get(); } ///< the open file, for positioned reads
+
+    hid_t File() const { return m_file.Id(); } ///< Within an Hdf5Session.
+
+    /// The group of a folder's row, valid until the next call. Within an Hdf5Session. Errors: throws StorageError.
+    hid_t Group(std::size_t folder) const;
 
     /// Length of the file now; it may have been cut since it was opened.
     std::uint64_t Length() const;
@@ -78,13 +85,16 @@ private:
     };
 
     explicit StoredFile(const QString& path);
+    void OpenHdf5();
 
     QString m_path;
     OpenDescriptor m_descriptor;
-    Hdf5ReadDriver m_driver;
+    std::optional<Hdf5ReadDriver> m_driver;
     Hdf5Handle m_file;
     Catalogue m_catalogue;
     QByteArray m_uid;
+    mutable std::optional<Hdf5Folders> m_folders; ///< arrays are often read one after the other
+
     mutable std::mutex m_keptMutex;
     mutable std::array<KeptEntry, 16> m_kept;
     mutable std::uint64_t m_uses = 0;

@@ -97,7 +97,7 @@ void TreeWriter::WriteSimple(const SimpleProperty& simple, std::uint32_t parent)
     row.ordering = value.getDataOrdering() == DataOrdering::RowMajor ? 0 : 1;
     if (!value.isScalar()) {
         row.form = FormArray;
-        arrays.push_back({index, value});
+        arrays.push_back({index, value, &simple});
     } else if (element == ElementTypes::TextCode) {
         catalogue.SetText(&row, *static_cast<const std::string*>(value.constData()));
     } else {

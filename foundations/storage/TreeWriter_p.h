@@ -25,6 +25,7 @@ public:
     {
         std::size_t row; ///< whose array record is still to be set
         Brindle::Quay::BVariant value;
+        const SimpleProperty* node; ///< whose value it is; valid as long as the tree stays as it is
     };
 
     /// `filePath` is where the tree will stand, from which other files are told by relative paths.

@@ -5,6 +5,7 @@
 #include <complex>
 #include <cstring>
 #include <exception>
+#include <memory>
 
 namespace Brindle::Quay {
 using namespace Internal;
@@ -22,6 +23,64 @@ bool elementsEqual(const T* a, const T* b, std::uint64_t count)
         return std::equal(a, a + count, b); // NaN equals nothing, not even itself
     else
         return std::memcmp(a, b, count * sizeof(T)) == 0;
+}
+
+/// The elements of a payload piece by piece: from where they stand outside the memory, if the payload can read parts,
+/// so that no array is brought into it only to be compared.
+template <class T>
+class Pieces
+{
+public:
+    static constexpr std::uint64_t length = (std::uint64_t(4) << 20U) / sizeof(T);
+
+    Pieces(const IVariantData* payload, std::uint64_t count)
+        : m_payload(payload)
+        , m_buffer(new T[std::min(length, count)])
+    {
+    }
+
+    const T* read(std::uint64_t first, std::uint64_t count)
+    {
+        if (!m_elements && m_payload->readRun(first, count, m_buffer.get()))
+            return m_buffer.get();
+        if (!m_elements)
+            m_elements = static_cast<const T*>(m_payload->constData());
+        return m_elements + first;
+    }
+
+private:
+    const IVariantData* m_payload;
+    const T* m_elements = nullptr;
+    std::unique_ptr<T[]> m_buffer; ///< no page of it is touched for elements in memory
+};
+
+template <class T>
+bool piecesEqual(const IVariantData* a, const IVariantData* b, std::uint64_t count)
+{
+    Pieces<T> first(a, count);
+    Pieces<T> second(b, count);
+    for (std::uint64_t at = 0; at < count; at += Pieces<T>::length) {
+        const std::uint64_t size = std::min(Pieces<T>::length, count - at);
+        if (!elementsEqual(first.read(at, size), second.read(at, size), size))
+            return false;
+    }
+    return true;
+}
+
+/// The elements of two payloads of the same type in storage order.
+bool payloadsEqual(const IVariantData* a, const IVariantData* b, std::uint64_t count)
+{
+    constexpr std::uint64_t fewBytes = std::uint64_t(64) << 10U;
+    const WellKnownType type = a->getWellKnownType();
+    return dispatchElement(type, [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        // only NaN is different from itself
+        if (a == b && (!comparesByValue<T> || std::is_same_v<T, std::string>))
+            return true;
+        if (std::is_same_v<T, std::string> || count <= fewBytes / sizeof(T))
+            return rawElementsEqual(type, a->constData(), b->constData(), count);
+        return piecesEqual<T>(a, b, count);
+    });
 }
 
 bool runTimeElementsEqual(const BVariant& a, const BVariant& b, int flag)
@@ -49,7 +108,7 @@ bool equalAs(WellKnownType type, const BVariant& a, const BVariant& b, int flag)
     if (first.isNull() || second.isNull())
         return false;
     const BVariant ordered = inOrdering(second, first.getDataOrdering());
-    return rawElementsEqual(type, first.constData(), ordered.constData(), first.elementCount());
+    return payloadsEqual(first.payload(), ordered.payload(), first.elementCount());
 }
 
 bool tryEqualWithConversion(const BVariant& a, const BVariant& b, int flag)
@@ -89,7 +148,7 @@ bool exactlyEqual(const BVariant& a, const BVariant& b)
         return false;
     if (type == WellKnownType::RunTime)
         return runTimeElementsEqual(a, b, 1);
-    return rawElementsEqual(type, a.constData(), b.constData(), a.elementCount());
+    return payloadsEqual(a.payload(), b.payload(), a.elementCount());
 }
 
 bool equalWithConversion(const BVariant& a, const BVariant& b, int flag)

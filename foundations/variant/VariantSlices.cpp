@@ -83,16 +83,51 @@ void gatherRuns(void* state, std::uint64_t offset, std::uint64_t distance, std::
     }
 }
 
+template <class T>
+struct PieceGathering
+{
+    const IVariantData* source;
+    T* target;
+    std::uint64_t runLength;
+};
+
+template <class T>
+void gatherPieces(void* state, std::uint64_t offset, std::uint64_t distance, std::uint64_t number)
+{
+    auto& gathering = *static_cast<PieceGathering<T>*>(state);
+    for (std::uint64_t i = 0; i < number; ++i) {
+        readElements(gathering.source, offset + i * distance, gathering.runLength, gathering.target);
+        gathering.target += gathering.runLength;
+    }
+}
+
+/// Whether a payload reads parts without the rest, and these are few enough for that to pay.
+template <class T>
+bool isReadInPieces(const BVariant& variant, std::uint64_t first, std::uint64_t count)
+{
+    constexpr std::uint64_t worthIt = 8;
+    T probe{};
+    return count != 0 && count <= variant.elementCount() / worthIt &&
+           variant.payload()->readRun(first, 1, &probe);
+}
+
 /// The elements of a slice that isn't one run.
 BVariant gather(const BVariant& variant, const SliceFlattener& flattener)
 {
     return dispatchElement(variant.getWellKnownType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
-        const auto* source = static_cast<const T*>(variant.constData());
-        auto* result = ArrayPayload<T>::make(flattener.dimensions(), variant.getDataOrdering(), Fill::Raw);
+        const ArrayDimensionsView dimensions = flattener.dimensions();
+        const bool inPieces = isReadInPieces<T>(variant, flattener.firstOffset(), dimensions.elementCount());
+        const auto* source = inPieces ? nullptr : static_cast<const T*>(variant.constData());
+        auto* result = ArrayPayload<T>::make(dimensions, variant.getDataOrdering(), Fill::Raw);
         PayloadPtr owner(result);
-        Gathering<T> gathering{source, result->data(), flattener.runLength()};
-        flattener.forEachRun(&gatherRuns<T>, &gathering);
+        if (inPieces) {
+            PieceGathering<T> gathering{variant.payload(), result->data(), flattener.runLength()};
+            flattener.forEachRun(&gatherPieces<T>, &gathering);
+        } else {
+            Gathering<T> gathering{source, result->data(), flattener.runLength()};
+            flattener.forEachRun(&gatherRuns<T>, &gathering);
+        }
         return adopt(std::move(owner));
     });
 }

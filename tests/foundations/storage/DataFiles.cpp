@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QList>
 #include <QtGlobal>
 
 #include <stdexcept>
@@ -141,6 +142,26 @@ BVariant ValueOf(PropertyObject& folder, const QString& name)
     if (!node || !node->IsSimpleProperty())
         throw std::runtime_error("no value '" + name.toStdString() + "'");
     return static_cast<SimpleProperty*>(node)->GetValue();
+}
+
+QString ReadArrays(const PropertyObject& folder)
+{
+    QList<AbstractProperty*> children;
+    folder.GetPropertyList(&children);
+    for (const AbstractProperty* const child : qAsConst(children)) {
+        if (const auto* const below = dynamic_cast<const PropertyObject*>(child)) {
+            const QString failure = ReadArrays(*below);
+            if (!failure.isEmpty())
+                return failure;
+        } else if (child->IsSimpleProperty()) {
+            try {
+                static_cast<const SimpleProperty*>(child)->GetValue().constData();
+            } catch (const std::runtime_error& error) {
+                return QString::fromUtf8(error.what());
+            }
+        }
+    }
+    return QString();
 }
 
 QByteArray ReadFile(const QString& path)

@@ -83,6 +83,9 @@ PropertyReference* AddReference(PropertyObject& parent, const QString& name, con
 /// The value of a leaf; throws std::runtime_error where there is none of that name.
 Brindle::Quay::BVariant ValueOf(PropertyObject& folder, const QString& name);
 
+/// Ask every array of a tree for its elements. What the first one says that can't be read, or nothing.
+QString ReadArrays(const PropertyObject& folder);
+
 QByteArray ReadFile(const QString& path);
 void WriteFile(const QString& path, const QByteArray& bytes);
 

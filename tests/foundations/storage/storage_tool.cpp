@@ -279,7 +279,13 @@ int Run(const std::string& command, const QString& path)
         std::printf("%d %s\n", opened.code, opened.why.toUtf8().constData());
         return s_refused;
     }
-    return command == "open" || opened.file->Save() >= 0 ? 0 : 1;
+    if (command == "resave")
+        return opened.file->Save() >= 0 ? 0 : 1;
+    const QString unreadable = ReadArrays(*opened.file->GetRoot());
+    if (unreadable.isEmpty())
+        return 0;
+    std::printf("%d %s\n", ER_FAILED, unreadable.toUtf8().constData());
+    return s_refused;
 }
 
 } // namespace

@@ -1,0 +1,153 @@
+#include "foundations/storage/Hdf5ReadDriver_p.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+#include <limits>
+#include <new>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Orrery {
+
+namespace {
+
+// What HDF5 copies along with a file access list.
+struct DriverInfo
+{
+    int descriptor;
+};
+
+// One opening of the file; `base` must come first.
+struct OpenFile
+{
+    H5FD_t base = {};
+    int descriptor = -1;
+    haddr_t endOfAllocation = 0;
+    haddr_t endOfFile = 0;
+};
+
+OpenFile* Cast(H5FD_t* file)
+{
+    return reinterpret_cast<OpenFile*>(file);
+}
+
+const OpenFile* Cast(const H5FD_t* file)
+{
+    return reinterpret_cast<const OpenFile*>(file);
+}
+
+H5FD_t* Open(const char* /*name*/, unsigned flags, hid_t fileAccess, haddr_t /*maxAddress*/)
+{
+    const auto* const info = static_cast<const DriverInfo*>(H5Pget_driver_info(fileAccess));
+    struct stat status = {};
+    if (!info || (flags & H5F_ACC_RDWR) != 0 || ::fstat(info->descriptor, &status) != 0)
+        return nullptr;
+    auto* const file = new (std::nothrow) OpenFile;
+    if (!file)
+        return nullptr;
+    file->descriptor = info->descriptor;
+    file->endOfFile = static_cast<haddr_t>(status.st_size);
+    return &file->base;
+}
+
+herr_t Close(H5FD_t* file)
+{
+    delete Cast(file);
+    return 0;
+}
+
+herr_t Query(const H5FD_t* /*file*/, unsigned long* flags)
+{
+    if (flags)
+        *flags = H5FD_FEAT_DATA_SIEVE | H5FD_FEAT_DEFAULT_VFD_COMPATIBLE;
+    return 0;
+}
+
+haddr_t EndOfAllocation(const H5FD_t* file, H5FD_mem_t /*type*/)
+{
+    return Cast(file)->endOfAllocation;
+}
+
+herr_t SetEndOfAllocation(H5FD_t* file, H5FD_mem_t /*type*/, haddr_t address)
+{
+    Cast(file)->endOfAllocation = address;
+    return 0;
+}
+
+haddr_t EndOfFile(const H5FD_t* file, H5FD_mem_t /*type*/)
+{
+    return Cast(file)->endOfFile;
+}
+
+herr_t Handle(H5FD_t* file, hid_t /*fileAccess*/, void** handle)
+{
+    *handle = &Cast(file)->descriptor;
+    return 0;
+}
+
+herr_t Read(H5FD_t* file, H5FD_mem_t /*type*/, hid_t /*transfer*/, haddr_t address, size_t size, void* buffer)
+{
+    for (size_t done = 0; done < size;) {
+        const ssize_t got = ::pread(Cast(file)->descriptor, static_cast<char*>(buffer) + done, size - done,
+                                    static_cast<off_t>(address + done));
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            return -1;
+        done += static_cast<size_t>(got);
+    }
+    return 0;
+}
+
+// HDF5 wants to have one, and calls none for a file that it only reads.
+herr_t Write(H5FD_t* /*file*/, H5FD_mem_t /*type*/, hid_t /*transfer*/, haddr_t /*address*/, size_t /*size*/,
+             const void* /*buffer*/)
+{
+    return -1;
+}
+
+H5FD_class_t DriverClass()
+{
+    H5FD_class_t driver = {};
+    driver.name = "orrery-read";
+    driver.maxaddr = static_cast<haddr_t>(std::numeric_limits<off_t>::max());
+    driver.fc_degree = H5F_CLOSE_STRONG;
+    driver.fapl_size = sizeof(DriverInfo);
+    driver.open = &Open;
+    driver.close = &Close;
+    driver.query = &Query; // without a comparison, so that no two files are the same
+    driver.get_eoa = &EndOfAllocation;
+    driver.set_eoa = &SetEndOfAllocation;
+    driver.get_eof = &EndOfFile;
+    driver.get_handle = &Handle;
+    driver.read = &Read;
+    driver.write = &Write;
+    const H5FD_mem_t freeLists[] = H5FD_FLMAP_DICHOTOMY;
+    std::copy(std::begin(freeLists), std::end(freeLists), std::begin(driver.fl_map));
+    return driver;
+}
+
+} // namespace
+
+Hdf5ReadDriver::Hdf5ReadDriver(int descriptor)
+    : m_descriptor(descriptor)
+{
+    const H5FD_class_t driver = DriverClass();
+    m_driver = H5FDregister(&driver);
+}
+
+Hdf5ReadDriver::~Hdf5ReadDriver()
+{
+    if (m_driver >= 0)
+        H5FDunregister(m_driver);
+}
+
+bool Hdf5ReadDriver::Use(hid_t fileAccess) const
+{
+    const DriverInfo info{m_descriptor};
+    return m_driver >= 0 && H5Pset_driver(fileAccess, m_driver, &info) >= 0;
+}
+
+} // namespace Orrery
