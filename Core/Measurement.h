@@ -54,7 +54,7 @@ class ORRERYCOREVARIABLES_EXPORT AbstractProbe
 public:
     AbstractProbe() = default;                     ///< bound to nothing yet
     AbstractProbe(const AbstractProbe&) = default; ///< what a derived class adds decides what is copied
-    AbstractProbe& operator=(const AbstractProbe&) = default; ///< likewise
+    AbstractProbe& operator=(const AbstractProbe&) = default; ///< nothing of its own to assign
     virtual ~AbstractProbe();
 
     /// Run the measurement. Returns its output, which belongs to whoever owns it already: the measurement's
@@ -96,7 +96,7 @@ public:
 
     /// Takes over all fields, stack and output included; the extension is shared from then on.
     Measurement(const Measurement& other);
-    Measurement& operator=(const Measurement& other); ///< as the copy construction
+    Measurement& operator=(const Measurement& other); ///< all fields, the extension shared
 
     ~Measurement() override;
 
@@ -201,7 +201,7 @@ public:
     /// `measured` must outlive the probe.
     explicit Probe(M* measured);
     Probe(const Probe& other);            ///< works on the same measurement, input and output
-    Probe& operator=(const Probe& other); ///< likewise
+    Probe& operator=(const Probe& other); ///< works on what `other` works on
     ~Probe() override;
 
     /// Apply the measurement to `input`; without one to the first element of the stack, which `input` is from

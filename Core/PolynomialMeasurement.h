@@ -16,7 +16,7 @@ class ORRERYCOREVARIABLES_EXPORT Polynomial
 public:
     Polynomial();                                   ///< no coefficients
     Polynomial(const Polynomial& other);            ///< shares the coefficients until one of both is changed
-    Polynomial& operator=(const Polynomial& other); ///< likewise
+    Polynomial& operator=(const Polynomial& other); ///< shares the coefficients of `other`
     virtual ~Polynomial();
 
     /// The kind of curve, of which there is but one: 0.
@@ -42,7 +42,7 @@ class ORRERYCOREVARIABLES_EXPORT PolynomialMeasurement : public Measurement<Vari
 public:
     PolynomialMeasurement();                                              ///< with the default coefficients
     PolynomialMeasurement(const PolynomialMeasurement& other);            ///< all fields and the coefficients
-    PolynomialMeasurement& operator=(const PolynomialMeasurement& other); ///< likewise
+    PolynomialMeasurement& operator=(const PolynomialMeasurement& other); ///< fields and coefficients
 
     ~PolynomialMeasurement() override;
     QString get_name() override;

@@ -30,13 +30,13 @@ public:
 
     /// The folder of data of that name, owned by this result; null for none and for a child of another kind.
     ResultData* GetResultData(const QString& name);
-    const ResultData* GetResultData(const QString& name) const; ///< likewise, for reading
+    const ResultData* GetResultData(const QString& name) const; ///< null without one
 
     /// Append the folders of data to the list, in the order of their names. References to such aren't.
     ///
     /// Errors: ER_INVALID_ARGUMENT for a null list.
     ERESULT GetResultDataList(QList<ResultData*>* list);
-    ERESULT GetResultDataList(QList<const ResultData*>* list) const; ///< likewise, for reading
+    ERESULT GetResultDataList(QList<const ResultData*>* list) const; ///< appends, as the other
     QList<ResultData*> GetResultDataList(); ///< the folders of data alone, in a new list
 
     /// The folder for what has led to the result, made when it is missing and owned by it.

@@ -29,7 +29,7 @@ public:
 
     /// The variable of that name, owned by this folder; null without one. A reference to a variable isn't one.
     virtual Variable* FindResultVar(const QString& name);
-    virtual const Variable* FindResultVar(const QString& name) const; ///< likewise, for reading
+    virtual const Variable* FindResultVar(const QString& name) const; ///< null without one
 
     /// Append the variables to the list, in the order of their names.
     ///

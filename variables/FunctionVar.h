@@ -19,7 +19,7 @@ public:
 
     /// As the copy of a Variable. The copy is dirty, and bound to nothing until FunctionVarStrategy::Relink().
     FunctionVar(const FunctionVar& other);
-    FunctionVar& operator=(const FunctionVar& other); ///< as the copy construction
+    FunctionVar& operator=(const FunctionVar& other); ///< dirty, and bound to nothing, as a copy
 
     const QString& PropertyObjType() const override;
     ~FunctionVar() override;

@@ -178,7 +178,7 @@ public:
     /// The same, with default units (not valid, a plain number) where there are none. Display units fall back to
     /// the units of the data first.
     const Units& GetUnits() const;
-    const Units& GetDisplayUnits() const; ///< never missing, see above
+    const Units& GetDisplayUnits() const; ///< falls back to those of the data
 
     /// Store a copy of the units. Display units stay as they are, even if they don't fit any more.
     ERESULT SetUnits(const Units& units);

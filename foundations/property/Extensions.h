@@ -10,7 +10,7 @@ class ORRERYCORE_EXPORT IExtender
 public:
     IExtender() = default;                            ///< holds nothing
     IExtender(const IExtender&) = default;            ///< what a derived class adds decides what is copied
-    IExtender& operator=(const IExtender&) = default; ///< likewise
+    IExtender& operator=(const IExtender&) = default; ///< holds nothing to assign
     virtual ~IExtender();
 };
 

@@ -70,7 +70,7 @@ public:
 
     /// The child of that name, or null.
     AbstractProperty* GetPropertyPtr(const QString& name);
-    const AbstractProperty* GetPropertyConstPtr(const QString& name) const; ///< likewise, for reading
+    const AbstractProperty* GetPropertyConstPtr(const QString& name) const; ///< the child, or null
 
     /// The child of that name as a T; null for none and for a child of another kind.
     template <class T>

@@ -77,7 +77,7 @@ protected:
 public:
     /// The target, by GetPropertyRef() and GetPropertyConstRef(); null when it can't be resolved.
     AbstractProperty* Resolve() const;
-    const AbstractProperty* ResolveConst() const; ///< likewise, for reading
+    const AbstractProperty* ResolveConst() const; ///< the target, for reading
 
     /// The node that this reference is bound to, if it lives and stands where a reference from here may lead; null
     /// for one that isn't bound, or would have to be looked up. Runs no code of a host, which a look-up may.

@@ -90,7 +90,7 @@ public:
 
     /// The root folder; null after Close. Owned by this file while OwnsFileContents() is set.
     RootProperty* GetRoot();
-    const RootProperty* GetRoot() const; ///< likewise, for reading
+    const RootProperty* GetRoot() const; ///< the root folder, for reading
 
     /// Let references look anew for files and targets that they haven't found, and warn again of those that still
     /// aren't there.
