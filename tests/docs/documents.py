@@ -82,7 +82,8 @@ class Page:
         lines = "".join(self.fragments).split("\n")
         includes = [line for line in lines if line.startswith("#include")]
         body = [line for line in lines if not line.startswith("#include")]
-        code = ['#include "host.h"', *includes, "void page();", "void page()", "{", *body, "}", "int main() { page(); }"]
+        function = ["void page();", "void page()", "{", *body, "}", "int main() { page(); }"]
+        code = ['#include "host.h"', *includes, *function]
         return {f"{self.name}_snippets.cpp": "\n".join(code) + "\n"}
 
     def write(self, folder, shared):
