@@ -81,6 +81,7 @@ void addCommands(CLI::App& program, Action* action)
 {
     addCopyCommand(program, action);
     addDiffCommand(program, action);
+    addExportCommand(program, action);
     addImportCommand(program, action);
     addJoinCommand(program, action);
     addLsCommand(program, action);

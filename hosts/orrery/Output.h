@@ -12,7 +12,7 @@ struct ReaderGone
 {
 };
 
-/// Standard output through one large buffer.
+/// Standard output, or a file that is open, through one large buffer.
 ///
 /// Errors: ReaderGone, or Failure such as for a full disk, when the buffer is written; flush() before the end, the
 ///         destructor writes nothing.
@@ -20,6 +20,9 @@ class Output
 {
 public:
     Output();
+
+    /// Writes to a file, which stays the caller's; `name` stands before what goes wrong.
+    Output(int descriptor, const std::string& name);
 
     /// The buffer, to append to; call written() after each piece.
     std::string& buffer() { return m_buffer; }
@@ -46,6 +49,8 @@ public:
 private:
     static constexpr std::size_t s_full = 64U << 10U;
 
+    int m_descriptor;
+    std::string m_name;
     std::string m_buffer;
     bool m_isColoured = false;
 };

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace Orrery::Host {
 
@@ -33,11 +34,13 @@ std::string joined(const Shape& numbers)
     return text;
 }
 
-// Appends one field, in quotes if a reader would take it apart or cut its blanks.
+// Appends one field, in quotes if a reader would take it apart, cut its blanks, or pass its line over: an empty line, or
+// one that begins like a comment.
 void appendField(std::string* out, std::string_view field)
 {
-    const bool needsQuotes = field.find_first_of(",\"\r\n") != std::string_view::npos ||
-                             (!field.empty() && (field.front() == ' ' || field.back() == ' '));
+    const bool needsQuotes = field.find_first_of(",\"\r\n") != std::string_view::npos || field.empty() ||
+                             field.front() == ' ' || field.back() == ' ' || field.front() == '\t' ||
+                             field.back() == '\t' || field.front() == '#';
     if (!needsQuotes) {
         *out += field;
         return;
@@ -117,6 +120,13 @@ void printMatrices(Output& out, LinePrinter& lines, const Selection& values)
     }
 }
 
+// Puts a comma before every field of a line but its first.
+void separate(std::string* out, bool* isFirst)
+{
+    if (!std::exchange(*isFirst, false))
+        *out += ',';
+}
+
 /// One column of CSV.
 class CsvColumn
 {
@@ -131,8 +141,8 @@ public:
         m_lanes = offsets == 0 ? 1 : m_elements.count() / offsets;
     }
 
-    void appendNames(Output& out) const;
-    void appendRecord(Output& out, std::uint64_t row);
+    void appendNames(Output& out, bool* isFirst) const;
+    void appendRecord(Output& out, std::uint64_t row, bool* isFirst);
 
 private:
     void appendText(Output& out, std::uint64_t position);
@@ -145,7 +155,7 @@ private:
     std::string m_text;
 };
 
-void CsvColumn::appendNames(Output& out) const
+void CsvColumn::appendNames(Output& out, bool* isFirst) const
 {
     const Shape& shape = m_column.values.elementShape;
     Shape position(shape.size(), 0);
@@ -153,7 +163,7 @@ void CsvColumn::appendNames(Output& out) const
         const std::string field =
             position.empty() ? m_column.name : m_column.name + '[' + joined(position) + ']';
         for (const char* const part : {".re", ".im"}) {
-            out.buffer() += ',';
+            separate(&out.buffer(), isFirst);
             appendField(&out.buffer(), (m_isComplex ? field + part : field) + m_column.unitsSuffix);
             if (!m_isComplex)
                 break;
@@ -170,11 +180,11 @@ void CsvColumn::appendText(Output& out, std::uint64_t position)
     appendField(&out.buffer(), m_text);
 }
 
-void CsvColumn::appendRecord(Output& out, std::uint64_t row)
+void CsvColumn::appendRecord(Output& out, std::uint64_t row, bool* isFirst)
 {
     std::string& buffer = out.buffer();
     for (std::uint64_t position = row * m_lanes; position < (row + 1) * m_lanes; ++position) {
-        buffer += ',';
+        separate(&buffer, isFirst);
         if (m_isText) {
             appendText(out, position);
         } else if (m_isComplex) {
@@ -288,23 +298,27 @@ void printValues(Output& out, const Selection& values)
         lines.printLine(i, 1);
 }
 
-void printCsvHeader(Output& out, const std::vector<ValueColumn>& columns)
+void printCsvHeader(Output& out, const std::vector<ValueColumn>& columns, CsvOffsets offsets)
 {
-    out.write("offset");
+    bool isFirst = offsets == CsvOffsets::Hidden;
+    if (!isFirst)
+        out.write("offset");
     for (const ValueColumn& column : columns)
-        CsvColumn(column).appendNames(out);
+        CsvColumn(column).appendNames(out, &isFirst);
     out.write("\n");
 }
 
-void printCsvRecords(Output& out, const std::vector<ValueColumn>& columns)
+void printCsvRecords(Output& out, const std::vector<ValueColumn>& columns, CsvOffsets offsets)
 {
     requireSameOffsets(columns);
     std::vector<CsvColumn> written(columns.begin(), columns.end());
     const Selection& values = columns.back().values;
     for (std::uint64_t row = 0; row < values.offsets; ++row) {
-        out.buffer() += std::to_string(values.firstOffset + row);
+        bool isFirst = offsets == CsvOffsets::Hidden;
+        if (!isFirst)
+            out.buffer() += std::to_string(values.firstOffset + row);
         for (CsvColumn& column : written)
-            column.appendRecord(out, row);
+            column.appendRecord(out, row, &isFirst);
         out.write("\n");
     }
 }

@@ -24,15 +24,24 @@ struct ValueColumn
     Selection values;
 };
 
+/// Whether the first column of CSV tells the offsets.
+enum class CsvOffsets
+{
+    Shown,
+    Hidden,
+};
+
 /// Values as CSV (RFC 4180, lines end with LF): a header line, then one record for each offset. The columns have the
 /// same offsets.
 ///
 /// Shape:  columns "offset" and the names; an element that is an array has one column for each of its values,
 ///         "name[i,j]"; a complex value has two, "name.re" and "name.im". Behind each stand the units.
-void printCsvHeader(Output& out, const std::vector<ValueColumn>& columns);
+void printCsvHeader(Output& out, const std::vector<ValueColumn>& columns,
+                    CsvOffsets offsets = CsvOffsets::Shown);
 
 /// Errors: Failure for columns of unlike offsets.
-void printCsvRecords(Output& out, const std::vector<ValueColumn>& columns);
+void printCsvRecords(Output& out, const std::vector<ValueColumn>& columns,
+                     CsvOffsets offsets = CsvOffsets::Shown);
 
 /// Values as a table for a person: a line of names, then one line for each value of the last column, which may be
 /// printed in several pieces.

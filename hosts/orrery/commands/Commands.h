@@ -18,6 +18,7 @@ void addCompleteCommand(CLI::App& program, Action* action);
 void addConvertCommand(CLI::App& program, Action* action);
 void addCopyCommand(CLI::App& program, Action* action);
 void addDiffCommand(CLI::App& program, Action* action);
+void addExportCommand(CLI::App& program, Action* action);
 void addImportCommand(CLI::App& program, Action* action);
 void addJoinCommand(CLI::App& program, Action* action);
 void addLsCommand(CLI::App& program, Action* action);
