@@ -1,8 +1,7 @@
 #include "foundations/storage/SaveMeter_p.h"
 
-#include "foundations/storage/StorageError_p.h"
-
 #include <algorithm>
+#include <stdexcept>
 
 namespace Orrery {
 
@@ -36,7 +35,7 @@ void SaveMeter::Tell()
 {
     m_told = m_done;
     if (m_listener && !m_listener(m_done, m_total))
-        throw StorageError(QStringLiteral("the save was cancelled"));
+        throw std::runtime_error("the save was cancelled"); // no StorageError: no array is to blame
 }
 
 } // namespace Orrery

@@ -15,7 +15,7 @@ public:
 
     /// Count bytes that were written.
     ///
-    /// Errors: throws StorageError when the listener gives the save up, and what the listener throws.
+    /// Errors: throws std::runtime_error when the listener gives the save up, and what the listener throws.
     void Advance(std::uint64_t bytes);
 
     /// Tell that all is written. Errors: as Advance.
