@@ -312,6 +312,8 @@ AbstractProperty* PropertyReference::LookUpOutside() const
 // A path that hasn't been followed yet. One into another file isn't followed before it is used: that opens the file.
 void PropertyReference::BindByPath() const
 {
+    if (m_target.IsExpired())
+        TakeOverDeparture(); // what stands there now takes the place of the one that is gone
     if (m_file.path.isEmpty() && !NodeAccess::life(m_target))
         static_cast<void>(LookUp());
 }

@@ -1,7 +1,5 @@
 #include "foundations/storage/OpenDataFiles_p.h"
 
-#include <algorithm>
-
 namespace Orrery {
 
 namespace {
@@ -29,9 +27,8 @@ bool OpenDataFiles::IsUnchangedOnDisk(const DataFile* file) const
 {
     const FileIdentity now = FileIdentity::Of(file->GetPath());
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const auto found = std::find_if(m_byPath.cbegin(), m_byPath.cend(),
-                                    [file](const Entry& entry) { return entry.file == file; });
-    return found != m_byPath.cend() && found->identity == now;
+    const auto found = m_byPath.constFind(m_keys.value(file));
+    return m_keys.contains(file) && found->identity == now;
 }
 
 void OpenDataFiles::Add(const std::shared_ptr<DataFile>& file, const FileIdentity& identity,
@@ -39,25 +36,47 @@ void OpenDataFiles::Add(const std::shared_ptr<DataFile>& file, const FileIdentit
 {
     const QString key = CanonicalPath(file->GetPath());
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_byPath.insert(key, Entry{file.get(), file, identity, forReference});
+    Insert(key, Entry{file.get(), file, identity, forReference});
     TellChange();
+}
+
+OpenDataFiles::Entry* OpenDataFiles::EntryOf(const DataFile* file)
+{
+    const auto key = m_keys.constFind(file);
+    return key == m_keys.constEnd() ? nullptr : &m_byPath[*key];
+}
+
+// A file that was known by that path before is known no more.
+void OpenDataFiles::Insert(const QString& key, const Entry& entry)
+{
+    const auto former = m_byPath.constFind(key);
+    if (former != m_byPath.constEnd())
+        m_keys.remove(former->file);
+    m_byPath.insert(key, entry);
+    m_keys.insert(entry.file, key);
+}
+
+void OpenDataFiles::Remove(const DataFile* file)
+{
+    const auto key = m_keys.constFind(file);
+    if (key == m_keys.constEnd())
+        return;
+    m_byPath.remove(*key);
+    m_keys.erase(key);
 }
 
 void OpenDataFiles::Released(const DataFile* file)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    for (Entry& entry : m_byPath) {
-        if (entry.file == file)
-            entry.forReference = false;
-    }
+    if (Entry* const entry = EntryOf(file))
+        entry->forReference = false;
 }
 
-bool OpenDataFiles::IsHeldByReferencesOnly(const std::shared_ptr<DataFile>& file) const
+bool OpenDataFiles::IsHeldByReferencesOnly(const std::shared_ptr<DataFile>& file)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return std::any_of(m_byPath.cbegin(), m_byPath.cend(), [&](const Entry& entry) {
-        return entry.file == file.get() && entry.forReference && file.use_count() == 2;
-    });
+    const Entry* const entry = EntryOf(file.get());
+    return entry && entry->forReference && file.use_count() == 2;
 }
 
 bool OpenDataFiles::CanLoad(const QString& canonicalPath) const
@@ -78,10 +97,8 @@ OpenDataFiles::Loading::~Loading()
 void OpenDataFiles::Loaded(const DataFile* file, const FileIdentity& identity)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const auto found = std::find_if(m_byPath.begin(), m_byPath.end(),
-                                    [file](const Entry& entry) { return entry.file == file; });
-    if (found != m_byPath.end())
-        found->identity = identity;
+    if (Entry* const entry = EntryOf(file))
+        entry->identity = identity;
     TellChange();
 }
 
@@ -90,28 +107,19 @@ void OpenDataFiles::Moved(DataFile* file)
     const QString key = CanonicalPath(file->GetPath());
     const FileIdentity identity = FileIdentity::Of(file->GetPath());
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const auto found = std::find_if(m_byPath.begin(), m_byPath.end(),
-                                    [file](const Entry& entry) { return entry.file == file; });
-    bool forReference = false;
-    if (found != m_byPath.end()) {
-        forReference = found->forReference;
-        m_byPath.erase(found);
-    }
+    const Entry* const former = EntryOf(file);
+    const bool forReference = former && former->forReference;
+    Remove(file);
     const std::shared_ptr<DataFile> owner = file->weak_from_this().lock();
     if (owner)
-        m_byPath.insert(key, Entry{file, owner, identity, forReference});
+        Insert(key, Entry{file, owner, identity, forReference});
     TellChange();
 }
 
 void OpenDataFiles::Forget(const DataFile* file)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    for (auto entry = m_byPath.begin(); entry != m_byPath.end();) {
-        if (entry->file == file)
-            entry = m_byPath.erase(entry);
-        else
-            ++entry;
-    }
+    Remove(file);
 }
 
 } // namespace Orrery

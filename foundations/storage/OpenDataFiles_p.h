@@ -36,7 +36,7 @@ public:
     void Released(const DataFile* file);
 
     /// Whether nobody but the caller, by this one pointer, and the tree whose reference it was opened for holds the file.
-    bool IsHeldByReferencesOnly(const std::shared_ptr<DataFile>& file) const;
+    bool IsHeldByReferencesOnly(const std::shared_ptr<DataFile>& file);
 
     /// Whether a file may be loaded now: it isn't being loaded already, further up on the stack, and not too many are.
     /// For the one who holds StorageMutex().
@@ -74,11 +74,15 @@ private:
 
     OpenDataFiles() = default;
 
+    Entry* EntryOf(const DataFile* file);
+    void Insert(const QString& key, const Entry& entry);
+    void Remove(const DataFile* file);
     void TellChange() { m_change.fetch_add(1, std::memory_order_release); }
 
     mutable std::mutex m_mutex;
     QHash<QString, Entry> m_byPath;
-    QStringList m_loading; // under StorageMutex()
+    QHash<const DataFile*, QString> m_keys; // of each of them in m_byPath
+    QStringList m_loading;                  // under StorageMutex()
     std::atomic<std::uint64_t> m_change{0};
 };
 
