@@ -13,6 +13,7 @@
 #include "Core/PolynomialMeasurement.h"
 #include "foundations/property/CloneRun_p.h"
 #include "foundations/property/PropertyObjectFactory.h"
+#include "foundations/storage/ArrayAttributes.h"
 #include "results/ParameterizedResultData.h"
 #include "results/Result.h"
 #include "results/ResultData.h"
@@ -25,6 +26,7 @@
 #include "variables/RangeVar.h"
 #include "variables/SweptVarStrategy.h"
 #include "variables/Variable.h"
+#include "variables/VariableAttributes_p.h"
 
 #include <QObject>
 
@@ -120,6 +122,8 @@ const QString RangeVar::Count = QStringLiteral("Count");
 // ExplicitDataVar
 [[maybe_unused]] static const ERESULT s_explicitDataVarRegistered = registerType<ExplicitDataVar>();
 const QString ExplicitDataVar::s_data = QStringLiteral("Data");
+[[maybe_unused]] static const ERESULT s_attributesRegistered =
+    ArrayAttributes::RegisterSource(&describeVariableData);
 
 // FunctionVar, and the measurements that it can compute from the first day
 [[maybe_unused]] static const ERESULT s_functionVarRegistered = registerType<FunctionVar>();

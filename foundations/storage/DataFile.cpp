@@ -49,6 +49,8 @@ ERESULT DataFile::SaveAs(const QString& path, QString* why)
     if (path.isEmpty())
         return refuse(ER_INVALID_ARGUMENT, "no path to save to");
 
+    const std::shared_ptr<DataFile> self =
+        weak_from_this().lock(); // who hears of the save may let go of the file
     // Nobody may open the path between the look and the save.
     const std::lock_guard<std::recursive_mutex> lock(StorageMutex());
     if (m_mode == ReadOnly && CanonicalPath(path) == CanonicalPath(m_path))

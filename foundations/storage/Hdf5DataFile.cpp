@@ -1,6 +1,7 @@
 #include "foundations/storage/Hdf5DataFile_p.h"
 
 #include "foundations/storage/FileIdentity_p.h"
+#include "foundations/storage/Hdf5CatalogueIo_p.h"
 #include "foundations/storage/Hdf5FileWriter_p.h"
 #include "foundations/storage/LazyArray_p.h"
 #include "foundations/storage/OneLine_p.h"
@@ -136,9 +137,11 @@ void Hdf5DataFile::LoadOrThrow()
     const FileIdentity identity = FileIdentity::Of(GetPath());
     const std::shared_ptr<const StoredFile> file = StoredFile::Open(GetPath());
     const auto array = [&](std::size_t row) { return LazyArray::Make(file, row); };
+    const SaveOptions options = Hdf5CatalogueIo::ReadOptions(file->File());
     auto root = std::make_unique<RootProperty>(this);
     TreeReader(file->Structure(), GetPath(), array).Read(root.get());
     ReplaceRoot(std::move(root));
+    RestoreOptions(options.compressionLevel, options.packed);
     OpenDataFiles::Instance().Loaded(this, identity);
     m_uid = file->Uid();
     m_uidPath = CanonicalPath(GetPath());
