@@ -378,8 +378,11 @@ QString Catalogue::Shared(std::uint64_t offset, std::uint64_t size) const
     if (size == 0)
         return QString(); // its offset is another text's too
     const auto found = m_texts.constFind(offset);
-    if (found != m_texts.constEnd() && found->size == size)
+    if (found != m_texts.constEnd()) {
+        if (found->size != size)
+            throw StorageError(QStringLiteral("texts or records of the heap overlap"));
         return found->text;
+    }
     SharedText shared{size, QString()};
     const QByteArray bytes = Bytes(offset, size);
     Claim(size);

@@ -35,6 +35,7 @@ struct ReferenceRecord
 ///
 /// The writing half appends; the reading half answers only after Check has found every row sound, and its
 /// answers then need no further test.
+/// Threads: after Check any number at once may ask; nothing is remembered then that Check hasn't met.
 class Catalogue
 {
 public:

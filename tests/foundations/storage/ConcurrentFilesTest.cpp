@@ -3,6 +3,7 @@
 #include "tests/foundations/storage/DataFiles.h"
 
 #include "foundations/property/PropertyObjectFactory.h"
+#include "foundations/variant/VariantOperations.h"
 
 #include <gtest/gtest.h>
 
@@ -158,6 +159,123 @@ TEST(ConcurrentFiles, MayOpenEachOtherWhileTheyAreLoaded)
         }
     });
     EXPECT_EQ(faults, 0);
+}
+
+// One of them reads, the others wait for it and share what it has read.
+TEST(ConcurrentFiles, GiveOneReadOfAnArrayToAllThreadsThatAskForIt)
+{
+    const ScratchFolder folder;
+    const QString path = folder.Path(QStringLiteral("tree.h5"));
+    for (const int compression : {0, 1}) {
+        {
+            const auto file = SaveNew(path, [](PropertyObject& root) {
+                AddValue(root, QStringLiteral("x"), BVariant(std::vector<double>(1U << 20U, 2.5)));
+            });
+            ASSERT_EQ(file->SetCompressionLevel(compression), ER_SUCCESS);
+            ASSERT_EQ(TrySave(*file).why, QString());
+        }
+        for (int round = 0; round < 5; ++round) {
+            const auto file = Open(path);
+            std::vector<BVariant> copies(s_threads, ValueOf(*file->GetRoot(), QStringLiteral("x")));
+            std::vector<const void*> elements(s_threads);
+            file->Close();
+            OnThreads([&](int thread) {
+                const auto i = static_cast<std::size_t>(thread);
+                elements[i] = copies[i].constData();
+                EXPECT_EQ(static_cast<const double*>(elements[i])[12345], 2.5);
+                copies[i] = BVariant();
+            });
+            for (const void* const each : elements)
+                EXPECT_EQ(each, elements.front());
+        }
+    }
+}
+
+// Parts, wholes, writes, a save and an open of one file, all at once.
+TEST(ConcurrentFiles, ReadArraysInEveryWayAtOnce)
+{
+    const ScratchFolder folder;
+    const QString path = folder.Path(QStringLiteral("tree.h5"));
+    constexpr std::uint64_t count = 3U << 19U; // three blocks
+    SaveNew(path, [](PropertyObject& root) {
+        std::vector<double> numbers(count);
+        for (std::size_t i = 0; i < numbers.size(); ++i)
+            numbers[i] = static_cast<double>(i);
+        AddValue(root, QStringLiteral("x"), BVariant(std::move(numbers)));
+    }).reset();
+    for (int round = 0; round < 5; ++round) {
+        auto file = Open(path, DataFile::ReadWrite);
+        std::vector<BVariant> copies(s_threads, ValueOf(*file->GetRoot(), QStringLiteral("x")));
+        OnThreads([&](int thread) {
+            BVariant& mine = copies[static_cast<std::size_t>(thread)];
+            double number = 0.0;
+            for (std::uint64_t at = 0; thread == 0 && at < count; at += 50'000) {
+                copyElements(mine, at, 1, &number);
+                EXPECT_EQ(number, static_cast<double>(at));
+            }
+            if (thread == 1) {
+                static_cast<double*>(mine.mutableData())[7] = -1.0;
+                EXPECT_EQ(static_cast<const double*>(mine.constData())[8], 8.0);
+            }
+            if (thread == 2) {
+                EXPECT_EQ(TrySave(*file).why, QString());
+            }
+            if (thread == 3) {
+                EXPECT_EQ(static_cast<const double*>(mine.constData())[count - 1], double(count - 1));
+            }
+        });
+        for (std::size_t thread : {std::size_t(0), std::size_t(2), std::size_t(3)})
+            EXPECT_EQ(static_cast<const double*>(copies[thread].constData())[7], 7.0);
+    }
+}
+
+// A handler of a load holds what guards the files while another thread reads an array.
+class ReadingFolder : public PropertyObject
+{
+public:
+    static BVariant s_array;
+
+    static const QString& StaticType()
+    {
+        static const QString type = QStringLiteral("StorageTestReadingFolder");
+        return type;
+    }
+    const QString& PropertyObjType() const override { return StaticType(); }
+    void OnDeserialization() override { SetProperty(QStringLiteral("sum"), Sum()); }
+
+    static double Sum()
+    {
+        const BVariant array = s_array;
+        const auto* const numbers = static_cast<const double*>(array.constData());
+        return numbers[0] + numbers[1];
+    }
+};
+
+BVariant ReadingFolder::s_array;
+
+TEST(ConcurrentFiles, LetAHandlerOfALoadReadWhatOtherThreadsRead)
+{
+    PropertyObjectFactory::Instance().RegisterType(ReadingFolder::StaticType(),
+                                                   []() -> PropertyObject* { return new ReadingFolder; });
+    const ScratchFolder folder;
+    const QString numbers = folder.Path(QStringLiteral("numbers.h5"));
+    const QString reader = folder.Path(QStringLiteral("reader.h5"));
+    SaveNew(numbers, [](PropertyObject& root) {
+        AddValue(root, QStringLiteral("x"), BVariant(std::vector<double>(2U << 20U, 1.5)));
+    }).reset();
+    SaveNew(reader, [](PropertyObject& root) {
+        ASSERT_GE(root.InsertProperty(new ReadingFolder), 0);
+    }).reset();
+    for (int round = 0; round < 10; ++round) {
+        ReadingFolder::s_array = ValueOf(*Open(numbers)->GetRoot(), QStringLiteral("x"));
+        OnThreads([&](int thread) {
+            if (thread % 2 == 0)
+                EXPECT_EQ(TryOpen(reader).why, QString());
+            else
+                EXPECT_EQ(ReadingFolder::Sum(), 3.0);
+        });
+    }
+    ReadingFolder::s_array = BVariant();
 }
 
 } // namespace Orrery::StorageTest

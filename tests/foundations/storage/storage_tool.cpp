@@ -288,16 +288,48 @@ int Run(const std::string& command, const QString& path)
     return s_refused;
 }
 
+std::uint64_t BytesRead()
+{
+    std::ifstream counters("/proc/self/io");
+    std::string name;
+    std::uint64_t bytes = 0;
+    counters >> name >> bytes;
+    return bytes;
+}
+
+// Prints how many bytes an open reads, how many the elements [first, first + count) of the array "a", and these.
+void PrintPart(const QString& path, std::uint64_t first, std::uint64_t count)
+{
+    const std::uint64_t start = BytesRead();
+    const auto file = Open(path);
+    const std::uint64_t opened = BytesRead();
+    const BVariant array = ValueOf(*file->GetRoot(), QStringLiteral("a"));
+    std::vector<double> numbers(count);
+    copyElements(array, first, count, numbers.data());
+    std::printf("%llu %llu", static_cast<unsigned long long>(opened - start),
+                static_cast<unsigned long long>(BytesRead() - opened));
+    for (const double number : numbers)
+        std::printf(" %g", number);
+    std::printf("\n");
+}
+
 } // namespace
 
 int main(int count, char** arguments)
 {
     const bool isProbe = count > 2 && std::string(arguments[1]) == "probe";
-    if (count != 3 && !isProbe) {
-        std::fprintf(stderr, "usage: storage_tool sample|small|open|resave FILE, or probe FILE...\n");
+    const bool isPart = count == 5 && std::string(arguments[1]) == "part";
+    if (count != 3 && !isProbe && !isPart) {
+        std::fprintf(stderr, "usage: storage_tool sample|small|open|resave FILE, or probe FILE...,\n"
+                             "       or part FILE FIRST COUNT\n");
         return 2;
     }
     try {
+        if (isPart) {
+            PrintPart(QString::fromLocal8Bit(arguments[2]), std::stoull(arguments[3]),
+                      std::stoull(arguments[4]));
+            return 0;
+        }
         for (int i = 2; isProbe && i < count; ++i)
             Probe(QString::fromLocal8Bit(arguments[i]));
         if (isProbe)
