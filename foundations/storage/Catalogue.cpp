@@ -272,6 +272,7 @@ void Catalogue::Check() const
             throw StorageError(QStringLiteral("catalogue row %1: ").arg(i) + error.Text(), error.Code());
         }
     }
+    m_unclaimed = s_unlimited;
 }
 
 void Catalogue::CheckRow(std::size_t index, Walk* walk) const
@@ -361,6 +362,8 @@ QByteArray Catalogue::Bytes(std::uint64_t offset, std::uint64_t size) const
 // Pieces of the heap don't overlap, so together they are no longer than it: a small file can't ask for much memory.
 void Catalogue::Claim(std::uint64_t size) const
 {
+    if (m_unclaimed == s_unlimited)
+        return;
     if (size > m_unclaimed)
         throw StorageError(QStringLiteral("texts or records of the heap overlap"));
     m_unclaimed -= size;
@@ -378,17 +381,16 @@ QString Catalogue::Shared(std::uint64_t offset, std::uint64_t size) const
     if (size == 0)
         return QString(); // its offset is another text's too
     const auto found = m_texts.constFind(offset);
-    if (found != m_texts.constEnd()) {
-        if (found->size != size)
-            throw StorageError(QStringLiteral("texts or records of the heap overlap"));
+    const bool isMet = found != m_texts.constEnd();
+    if (isMet && found->size == size)
         return found->text;
-    }
     SharedText shared{size, QString()};
     const QByteArray bytes = Bytes(offset, size);
     Claim(size);
     if (!DecodeText(bytes, &shared.text))
         throw StorageError(QStringLiteral("a name isn't UTF-8"));
-    m_texts.insert(offset, shared);
+    if (!isMet)
+        m_texts.insert(offset, shared);
     return shared.text;
 }
 

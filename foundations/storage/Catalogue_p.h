@@ -99,7 +99,8 @@ private:
 
     QHash<QByteArray, std::uint64_t> m_shared; ///< while writing: where a text stands
     /// Bytes of the heap that no row has named yet; only a check sets the limit.
-    mutable std::uint64_t m_unclaimed = UINT64_MAX;
+    static constexpr std::uint64_t s_unlimited = UINT64_MAX;
+    mutable std::uint64_t m_unclaimed = s_unlimited;
     mutable QHash<std::uint64_t, SharedText> m_texts; ///< while reading: one QString for equal names
 };
 

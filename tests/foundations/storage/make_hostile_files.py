@@ -825,7 +825,7 @@ def chunked_bomb(file, layout, elements, **filters):
 
 @case(EITHER)
 def deflated_zeros(file):
-    chunked_bomb(file, COMPRESSED, 2**23, chunks=(2**20,), compression="gzip", shuffle=True)
+    chunked_bomb(file, COMPRESSED, 2**22, chunks=(2**19,), compression="gzip", shuffle=True)
 
 
 @case("the arrays are longer than the file")
