@@ -9,6 +9,9 @@
 
 namespace Orrery::Host {
 
+using Brindle::Quay::BVariant;
+using Brindle::Quay::DataOrdering;
+
 namespace {
 
 // The element type of no values: that of the values that there are.
@@ -24,6 +27,21 @@ std::uint64_t blockLength(const ColumnReader& column, const OffsetSpan& span)
     const OffsetReader& reader = column.reader();
     const bool isCuttable = !reader.isHeld() || reader.held().leadsWithOffset;
     return isCuttable ? column.blockLength() : span.end - span.begin;
+}
+
+bool isNull(const OffsetReader& reader)
+{
+    return reader.isHeld() && reader.held().dimensions.empty();
+}
+
+// How stored values with more than one dimension lie in memory and in the file.
+void writeOrdering(JsonWriter& json, const OffsetReader& reader)
+{
+    const BVariant& data = reader.held().data;
+    if (!reader.isHeld() || data.isEmpty() || data.getDimensions().size() < 2)
+        return;
+    json.key("ordering");
+    json.string(data.getDataOrdering() == DataOrdering::RowMajor ? "row-major" : "column-major");
 }
 
 } // namespace
@@ -82,12 +100,13 @@ void ValueJson::addColumn(ColumnReader& column, const OffsetSpan& span)
     m_json.key("elements");
     m_json.string(block.data.isEmpty() ? typeOfNone(column) : elementTypeName(block.data.getWellKnownType()));
     std::vector<std::uint64_t> shape = block.dimensions;
-    if (shape.empty())
+    if (shape.empty() && !isNull(column.reader()))
         shape.push_back(0);
-    else if (block.leadsWithOffset)
+    else if (!shape.empty() && block.leadsWithOffset)
         shape.front() = span.end - span.begin;
     m_json.key("shape");
     writeShape(m_json, shape);
+    writeOrdering(m_json, column.reader());
     m_json.key("values");
     m_json.open('[');
     while (begin < span.end) {

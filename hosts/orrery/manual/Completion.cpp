@@ -46,7 +46,7 @@ _orrery_split()
     done
 }
 
-# Sets plain: what the shell makes of a word, without expanding anything but ~/.
+# Sets plain: what the shell makes of a word, without expanding anything but ~/; and open, the quote that isn't closed.
 _orrery_unquote()
 {
     local word=$1 quote= c i
@@ -66,6 +66,7 @@ _orrery_unquote()
             plain+=$c
         fi
     done
+    open=$quote
     if [[ ${word:0:2} == '~/' ]]; then
         plain=$HOME${plain:1}
     fi
@@ -118,7 +119,7 @@ _orrery_files()
 # Offers what the program itself knows.
 _orrery_ask()
 {
-    local program answer
+    local program answer plain open
     _orrery_unquote "${words[0]}"
     program=$plain
     answer=$("$program" --color=never __complete -- "$@" 2>/dev/null </dev/null)
@@ -127,11 +128,29 @@ _orrery_ask()
 
 _orrery_nodes()
 {
-    local prefix=$1 node
+    local prefix=$1 node i
     _orrery_ask nodes "$data_file" "$prefix"
-    _orrery_option filenames
     for node in "${COMPREPLY[@]}"; do
         [[ $node == */ ]] && _orrery_option nospace
+    done
+    _orrery_option filenames
+    if [[ ${COMPREPLY[*]} == *[\$\`]* && -z $open ]]; then # readline leaves these to the shell
+        compopt +o filenames 2>/dev/null
+        for i in "${!COMPREPLY[@]}"; do
+            printf -v "COMPREPLY[i]" %q "${COMPREPLY[i]}"
+        done
+    fi
+}
+
+# Lets readline quote what is offered where there is a blank. It would shorten "km/h" to "h" in its lists otherwise.
+_orrery_quotes()
+{
+    local word
+    for word in "${COMPREPLY[@]}"; do
+        if [[ $word == *[[:space:]]* ]]; then
+            _orrery_option filenames
+            return
+        fi
     done
 }
 
@@ -147,13 +166,16 @@ _orrery_kind()
         [[ $2 == *,* ]] && list=${2%"${2##*,}"}
         _orrery_ask units "${2#"$list"}"
         COMPREPLY=("${COMPREPLY[@]/#/"$list"}")
-        _orrery_option filenames # for its quotes: there are names with blanks
+        _orrery_quotes
         ;;
     types)
         _orrery_ask types "$2"
-        _orrery_option filenames
+        _orrery_quotes
         ;;
-    words*) _orrery_offer "${1//[[:space:]]/$'\n'}" "$2" ;;
+    words*)
+        list=${1#words }
+        _orrery_offer "${list// /$'\n'}" "$2"
+        ;;
     esac
 }
 
@@ -187,7 +209,7 @@ _orrery_scan()
 
 _orrery()
 {
-    local words cword cur behind plain command pending count is_over data_file option= i
+    local words cword cur behind plain open command pending count is_over data_file option= i
     COMPREPLY=()
     _orrery_split
     _orrery_scan

@@ -54,12 +54,15 @@ void appendEscaped(std::string* out, uint character, bool isCode)
 std::string escaped(std::string_view text, bool isCode)
 {
     std::string out;
-    // A dot in front would make a request of the line, wherever the line is broken.
-    if (!text.empty() && text.front() == '.')
-        out += "\\&";
     for (const uint character : QString::fromUtf8(text.data(), static_cast<int>(text.size())).toUcs4())
         appendEscaped(&out, character, isCode);
     return out;
+}
+
+// A dot in front would make a request of the line.
+std::string asText(const std::string& line)
+{
+    return !line.empty() && line.front() == '.' ? "\\&" + line : line;
 }
 
 bool isOption(std::string_view word)
@@ -190,7 +193,7 @@ std::string Prose::marked()
 
 std::string roffLiteral(std::string_view text)
 {
-    return escaped(text, true);
+    return asText(escaped(text, true));
 }
 
 std::string roffBold(std::string_view text)
@@ -213,7 +216,7 @@ std::string roffText(const std::string& text, const std::string& program,
 {
     std::string line = text;
     std::replace(line.begin(), line.end(), '\n', ' ');
-    return Prose(line, program, commands, placeholders).marked();
+    return asText(Prose(line, program, commands, placeholders).marked());
 }
 
 } // namespace Orrery::Host
