@@ -1,5 +1,6 @@
 #include "variables/FunctionVar.h"
 
+#include "foundations/storage/DataFile.h"
 #include "variables/NodeSnapshot_p.h"
 
 #include <memory>
@@ -114,7 +115,9 @@ Function* FunctionVar::GetFunction() const
     return FunctionVarStrategy::FunctionOf(*this);
 }
 
-ERESULT RelinkFunctionVariables(PropertyObject& tree)
+namespace {
+
+ERESULT relinkAllIn(PropertyObject& tree)
 {
     ERESULT result = ER_SUCCESS;
     const auto note = [&result](ERESULT code) {
@@ -130,9 +133,19 @@ ERESULT RelinkFunctionVariables(PropertyObject& tree)
     }
     for (const PropertyHandle& child : snapshotOf(tree.GetPropertyListSorted())) {
         if (auto* folder = dynamic_cast<PropertyObject*>(child.Get()))
-            note(RelinkFunctionVariables(*folder));
+            note(relinkAllIn(*folder));
     }
     return result;
+}
+
+} // namespace
+
+ERESULT RelinkFunctionVariables(PropertyObject& tree)
+{
+    if (const auto* const root = dynamic_cast<const DataFile::RootProperty*>(tree.GetRootProperty());
+        root && root->GetParentFile())
+        root->GetParentFile()->RetryReferences();
+    return relinkAllIn(tree);
 }
 
 } // namespace Orrery

@@ -45,7 +45,7 @@ protected:
 };
 
 /// Relink() each function variable of a tree, the given folder included: what a host calls once after it has opened
-/// a file or cloned a tree.
+/// a file or cloned a tree. Other data files that references of the same file haven't found are looked for anew.
 ///
 /// Errors: the first failing code, after all have been done.
 /// Cost:   one walk over the tree.

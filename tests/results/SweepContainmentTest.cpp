@@ -1,7 +1,6 @@
 // Sweeps that contain themselves, and chains of sweeps: every request ends, and says what can be said.
 #include "tests/foundations/storage/DataFiles.h"
 #include "tests/results/ResultsTestSupport.h"
-#include "tests/variables/FileResolver.h"
 
 namespace Orrery {
 namespace {
@@ -232,7 +231,6 @@ class SelfContainedInFiles : public testing::Test
 {
 protected:
     ScratchFolder folder;
-    const FileResolver resolver;
 
     QString path(const char* name) const { return folder.Path(QString::fromLatin1(name)); }
 

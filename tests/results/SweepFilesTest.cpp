@@ -2,7 +2,6 @@
 #include "tests/foundations/storage/CompareTrees.h"
 #include "tests/foundations/storage/DataFiles.h"
 #include "tests/results/ResultsTestSupport.h"
-#include "tests/variables/FileResolver.h"
 
 #include <QFile>
 
@@ -192,7 +191,6 @@ class SweepOfAnotherFile : public testing::Test
 {
 protected:
     const ScratchFolder folder;
-    const FileResolver resolver;
     const QString runsPath = folder.Path(QStringLiteral("runs.h5"));
     const QString sweepPath = folder.Path(QStringLiteral("sweep.h5"));
 

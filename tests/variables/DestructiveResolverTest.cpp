@@ -27,13 +27,15 @@ public:
     DestructiveResolver& operator=(const DestructiveResolver&) = delete;
     ~DestructiveResolver()
     {
-        PropertyReference::SetExternalResolver(nullptr);
+        PropertyReference::SetExternalResolver(m_former);
         s_reaction = nullptr;
     }
 
     int questions() const { return s_questions; }
 
 private:
+    const PropertyReference::ExternalResolver m_former = PropertyReference::GetExternalResolver();
+
     static AbstractProperty* resolve(const PropertyReference& /*reference*/)
     {
         ++s_questions;

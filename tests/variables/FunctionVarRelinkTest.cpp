@@ -1,8 +1,9 @@
 // Function variables after a reload and in a clone: nothing tells them of changes until they are linked again.
 #include "foundations/property/PropertyReference.h"
 #include "tests/foundations/storage/DataFiles.h"
-#include "tests/variables/FileResolver.h"
 #include "tests/variables/FunctionVarTestSupport.h"
+
+#include <QFile>
 
 #include <gtest/gtest.h>
 
@@ -301,7 +302,6 @@ TEST_F(ReloadedFunctionVar, InAnotherFileThanItsArgumentIsLinkedToIt)
             far->AddArgumentRef(childOf(*from->GetRoot(), "t"));
         });
     }
-    const FileResolver resolver;
     const auto file = StorageTest::Open(results);
     auto* far = childOf<FunctionVar>(*file->GetRoot(), "far");
     ASSERT_EQ(RelinkFunctionVariables(*file->GetRoot()), ER_SUCCESS);
@@ -309,6 +309,35 @@ TEST_F(ReloadedFunctionVar, InAnotherFileThanItsArgumentIsLinkedToIt)
     const auto from = StorageTest::Open(inputs); // the one that is open already
     childOf(*from->GetRoot(), "t")->UpdateData(numbers({8}));
     EXPECT_EQ(ToDoubles(far->GetData()), Doubles{8});
+}
+
+TEST_F(ReloadedFunctionVar, IsLinkedToAnArgumentWhoseFileHasComeBack)
+{
+    const StorageTest::ScratchFolder disk;
+    const QString inputs = disk.Path(QStringLiteral("inputs.h5"));
+    const QString away = disk.Path(QStringLiteral("away.h5"));
+    const QString results = disk.Path(QStringLiteral("results.h5"));
+    {
+        const auto from = StorageTest::SaveNew(inputs, [](PropertyObject& top) {
+            insert(top, std::make_unique<Variable>(QStringLiteral("t"), numbers({7})));
+        });
+        StorageTest::SaveNew(results, [&](PropertyObject& top) {
+            auto* far = insert(top, std::make_unique<FunctionVar>(QStringLiteral("far")));
+            total.giveTo(*far);
+            far->AddArgumentRef(childOf(*from->GetRoot(), "t"));
+        });
+    }
+    ASSERT_TRUE(QFile::rename(inputs, away));
+    const auto file = StorageTest::Open(results);
+    auto* far = childOf<FunctionVar>(*file->GetRoot(), "far");
+    {
+        const MessageCapture log;
+        EXPECT_LT(RelinkFunctionVariables(*file->GetRoot()), 0);
+        EXPECT_EQ(log.warnings().filter(inputs).size(), 1);
+    }
+    ASSERT_TRUE(QFile::rename(away, inputs));
+    ASSERT_EQ(RelinkFunctionVariables(*file->GetRoot()), ER_SUCCESS);
+    EXPECT_EQ(ToDoubles(far->GetData()), Doubles{7});
 }
 
 // --- a whole tree

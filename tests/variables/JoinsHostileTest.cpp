@@ -82,12 +82,14 @@ public:
     HostResolver& operator=(const HostResolver&) = delete;
     ~HostResolver()
     {
-        PropertyReference::SetExternalResolver(nullptr);
+        PropertyReference::SetExternalResolver(m_former);
         s_reaction = nullptr;
     }
 
 private:
     static AbstractProperty* resolve(const PropertyReference& /*reference*/) { return s_reaction(); }
+
+    const PropertyReference::ExternalResolver m_former = PropertyReference::GetExternalResolver();
 
     static inline std::function<AbstractProperty*()> s_reaction;
 };

@@ -1,7 +1,6 @@
 // Against what a Variable is measured: the folder of independents and the map beside it.
 #include "tests/foundations/storage/DataFiles.h"
 #include "tests/tracking/ChangeTestSupport.h"
-#include "tests/variables/FileResolver.h"
 #include "tests/variables/VariableTestSupport.h"
 #include "tracking/ObservablePropertyReference.h"
 #include "variables/ExplicitDataVar.h"
@@ -797,7 +796,6 @@ TEST(SavedAxes, InAnotherFileAreFoundThere)
         const auto* v = dataFile->GetRoot()->GetPtr<Variable>(QStringLiteral("v"));
         EXPECT_EQ(indepAt(*v, 0), t);
     }
-    const FileResolver resolver;
     const auto dataFile = Open(dataPath);
     const auto* v = dataFile->GetRoot()->GetPtr<Variable>(QStringLiteral("v"));
     ASSERT_NE(v, nullptr);

@@ -41,11 +41,15 @@ protected:
         target = addFolder(*there.GetRoot(), QStringLiteral("target"));
         reference = addReference(*here.GetRoot(), QStringLiteral("r"), *target);
     }
+    ~FileReference() override { PropertyReference::SetExternalResolver(m_former); }
 
     MemoryFile here{QStringLiteral("here.mem")};
     MemoryFile there{QStringLiteral("there.mem")};
     HostFolder* target;
     PropertyReference* reference;
+
+private:
+    const PropertyReference::ExternalResolver m_former = PropertyReference::GetExternalResolver();
 };
 
 TEST_F(FileReference, RootsHaveTheTypeFlagsOfAFileRoot)
@@ -135,6 +139,58 @@ TEST_F(FileReference, KeepsTheFileThatItsTargetHasLeftLast)
     EXPECT_EQ(reference->ReferencePath(), QStringLiteral("/renamed"));
     EXPECT_EQ(reference->ReferenceFilePath(), QStringLiteral("third.mem"));
     ASSERT_EQ(third.Close(), ER_SUCCESS);
+}
+
+TEST_F(FileReference, KeepsTheLastPathOfATargetWhoseFileWasClosed)
+{
+    ASSERT_EQ(target->SetName(QStringLiteral("renamed")), ER_SUCCESS);
+    ASSERT_EQ(there.Close(), ER_SUCCESS);
+    EXPECT_EQ(reference->ReferencePath(), QStringLiteral("/renamed"));
+    EXPECT_EQ(reference->ReferenceFilePath(), QStringLiteral("there.mem"));
+}
+
+TEST_F(FileReference, KeepsTheLastPathAndTheTypeWhenAFileIsDestroyedThatWasNotClosed)
+{
+    auto third = std::make_unique<MemoryFile>(QStringLiteral("third.mem"));
+    HostFolder* const inside = addFolder(*third->GetRoot(), QStringLiteral("inside"));
+    const PropertyReference* const across = addReference(*here.GetRoot(), QStringLiteral("across"), *inside);
+    ASSERT_EQ(inside->SetName(QStringLiteral("renamed")), ER_SUCCESS);
+    third.reset(); // from its destructor on nobody can ask it for its type
+    EXPECT_EQ(across->Resolve(), nullptr);
+    EXPECT_EQ(across->ReferencePath(), QStringLiteral("/renamed"));
+    EXPECT_EQ(across->ReferenceFilePath(), QStringLiteral("third.mem"));
+    EXPECT_EQ(across->ReferenceFileType(), QStringLiteral("Memory"));
+}
+
+TEST_F(FileReference, KeepsTheLastPathWhenAHostDestroysTheRoot)
+{
+    ASSERT_EQ(target->SetName(QStringLiteral("renamed")), ER_SUCCESS);
+    delete there.GetRoot();
+    EXPECT_EQ(there.GetRoot(), nullptr);
+    EXPECT_EQ(reference->ReferencePath(), QStringLiteral("/renamed"));
+    EXPECT_EQ(reference->ReferenceFileType(), QStringLiteral("Memory"));
+}
+
+TEST_F(FileReference, KnowsAsMuchAsItWasRestoredWith)
+{
+    const PropertyReference::TargetFile file{QStringLiteral("/a/x.mem"), QStringLiteral("/b/x.mem"),
+                                             QStringLiteral("Memory"), QStringLiteral("uid")};
+    reference->RestorePath(QStringLiteral("/x"), file);
+    const auto expectAll = [&file](const PropertyReference& known) {
+        EXPECT_EQ(known.ReferencePath(), QStringLiteral("/x"));
+        EXPECT_EQ(known.ReferenceFilePath(), file.path) << "as long as there is nothing at either path";
+        EXPECT_EQ(known.ReferenceFile().path, file.path);
+        EXPECT_EQ(known.ReferenceFile().otherPath, file.otherPath);
+        EXPECT_EQ(known.ReferenceFile().type, file.type);
+        EXPECT_EQ(known.ReferenceFile().uid, file.uid);
+    };
+    expectAll(*reference);
+    const std::unique_ptr<AbstractProperty> clone(reference->Clone());
+    expectAll(*dynamic_cast<PropertyReference*>(clone.get()));
+    ASSERT_EQ(reference->SetPropertyRef(target), ER_SUCCESS);
+    EXPECT_EQ(reference->ReferenceFile().path, QStringLiteral("there.mem"));
+    EXPECT_EQ(reference->ReferenceFile().otherPath, QString());
+    EXPECT_EQ(reference->ReferenceFile().uid, QString());
 }
 
 TEST_F(FileReference, CopiesKeepTheFile)

@@ -595,6 +595,7 @@ TEST_F(Reference, IntoAnotherFileIsResolvedByTheResolver)
 {
     s_external = right;
     s_resolverCalls = 0;
+    const PropertyReference::ExternalResolver former = PropertyReference::GetExternalResolver();
     PropertyReference::SetExternalResolver(&resolveExternally);
     PropertyReference reference(QStringLiteral("r"));
     reference.RestorePath(QStringLiteral("/right"), QStringLiteral("other.h5"), QStringLiteral("HDF5"));
@@ -614,6 +615,7 @@ TEST_F(Reference, IntoAnotherFileIsResolvedByTheResolver)
     unresolved.RestorePath(QStringLiteral("/right"), QStringLiteral("other.h5"), QStringLiteral("HDF5"));
     EXPECT_EQ(unresolved.Resolve(), nullptr);
     EXPECT_FALSE(unresolved.IsRefPropertyObject());
+    PropertyReference::SetExternalResolver(former);
 }
 
 TEST(Handle, IsNullWhenItsNodeIsGone)
