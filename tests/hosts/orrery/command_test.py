@@ -69,6 +69,13 @@ class CommandTest(unittest.TestCase):
         self.assertTrue(line.startswith("orrery: ") and line.endswith("\n"), line)
         return line[len("orrery: "):-1]
 
+    def commands(self):
+        """The names of those that the help lists."""
+        listed = self.good("--help").partition("\nCommands:\n")[2].partition("\n\n")[0]
+        names = re.findall(r"^  (\S+) ", listed, re.MULTILINE)
+        self.assertGreater(len(names), 5)
+        return names
+
     def import_sample(self):
         self.good("import", SAMPLE, "-o", "d.h5")
         return "d.h5"
@@ -78,7 +85,7 @@ class HelpTest(CommandTest):
     def test_help_is_there_for_the_program_and_each_command(self):
         text = self.good("--help")
         self.assertIn("Usage: orrery [OPTIONS] COMMAND", text)
-        for command in ("import", "ls", "show", "join", "plot", "diff", "copy", "watch", "units", "convert"):
+        for command in self.commands():
             self.assertIn(f"\n  {command} ", text)
             for flag in ("--help", "-h"):
                 self.assertIn(f"Usage: orrery {command} ", self.good(command, flag))
@@ -88,22 +95,16 @@ class HelpTest(CommandTest):
         self.assertRegex(self.good("--version"), r"^orrery \d+\.\d+\.\d+\n$")
 
     def test_help_lines_fit_a_terminal(self):
-        for command in ([], ["import"], ["ls"], ["show"], ["join"], ["plot"], ["diff"], ["copy"], ["watch"], ["units"], ["convert"]):
+        for command in ([], *([name] for name in self.commands())):
             for line in self.good(*command, "--help").splitlines():
                 self.assertLessEqual(len(line), 80, line)
 
 
 class UsageTest(CommandTest):
-    def commands(self):
-        """Those of the help: "copy, diff or import"."""
-        listed = self.good("--help").partition("\nCommands:\n")[2].partition("\n\n")[0]
-        names = re.findall(r"^  (\S+) ", listed, re.MULTILINE)
-        self.assertGreater(len(names), 5)
-        return ", ".join(names[:-1]) + " or " + names[-1]
-
     def test_wrong_usage_is_one_line_and_2(self):
+        names = self.commands()
         cases = [
-            ([], f"expected a command: {self.commands()}; try 'orrery --help'"),
+            ([], f"expected a command: {', '.join(names[:-1])} or {names[-1]}; try 'orrery --help'"),
             (["--color=maybe", "ls"], "--color: expected auto, always or never, found 'maybe'; try 'orrery --help'"),
             (["frobnicate"], "there is no command 'frobnicate'; try 'orrery --help'"),
             (["--frobnicate"], "there is no option '--frobnicate'; try 'orrery --help'"),
