@@ -77,8 +77,8 @@ void takeIndicesAndPart(CsvHeading* heading)
     }
     std::string_view content;
     std::string_view base = text;
-    if (takeBrackets(&base, &content) && parseIndices(content, &heading->indices))
-        text = base;
+    if (takeBrackets(&base, &content) && !trimmed(base).empty() && parseIndices(content, &heading->indices))
+        text = trimmed(base);
     else
         heading->indices.clear();
     heading->base = QString::fromUtf8(text.data(), static_cast<int>(text.size()));
@@ -106,6 +106,8 @@ public:
         m_isComplex = headings[first].part == ".re";
         m_step = m_isComplex ? 2 : 1;
     }
+
+    std::size_t count() const { return m_count; }
 
     /// Whether all of them are one.
     bool isVariable()
@@ -181,13 +183,12 @@ std::vector<CsvColumn> joinHeadings(const std::vector<CsvHeading>& headings)
     for (std::size_t i = 0; i < headings.size();) {
         Run run(headings, i);
         const bool isPlain = headings[i].part.empty() && headings[i].indices.empty();
-        if (!isPlain && run.isVariable()) {
+        const std::size_t end = i + run.count();
+        if (!isPlain && run.isVariable())
             columns.push_back(run.column());
-            i += columns.back().count;
-        } else {
-            columns.push_back({headings[i].name, headings[i].units, i, 1, {}, false});
-            ++i;
-        }
+        for (std::size_t k = i; columns.empty() || columns.back().first + columns.back().count < end; ++k)
+            columns.push_back({headings[k].name, headings[k].units, k, 1, {}, false});
+        i = end;
     }
     return columns;
 }

@@ -146,6 +146,11 @@ std::vector<const char*> textsOf(const BVariant& data)
 
 } // namespace
 
+void NetcdfFile::keepExitSafe()
+{
+    static_cast<void>(H5dont_atexit());
+}
+
 NetcdfFile::NetcdfFile(const std::string& path)
 {
     H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);
