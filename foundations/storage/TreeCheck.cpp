@@ -125,8 +125,9 @@ void TreeCheck::Tell(DataFileCheck::Severity severity, const AbstractProperty& n
     QString line = OneLine(text);
     const QString path = node.GetFullPath();
     const QString beginning = path + QStringLiteral(": ");
-    if (line.startsWith(beginning))
-        line.remove(0, beginning.size());
+    const int at = line.indexOf(beginning); // an array names its file before it
+    if (at >= 0)
+        line.remove(0, at + beginning.size());
     m_report({severity, path, line});
 }
 
