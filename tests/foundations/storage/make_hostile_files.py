@@ -14,6 +14,7 @@ import os
 import shutil
 import socket
 import sys
+import zlib
 
 import h5py
 import numpy
@@ -833,17 +834,17 @@ def deflated_zeros_as_plain(file):
     chunked_bomb(file, PLAIN, 2**10 * 512, chunks=(2**19,), compression="gzip", shuffle=True)
 
 
-@case("")
+@case("other filters than shuffle and deflate")
 def compressed_by_another_filter(file):
     chunked_bomb(file, COMPRESSED, 2**19, chunks=(2**19,), compression="lzf")
 
 
-@case("")
+@case("other filters than shuffle and deflate")
 def compressed_with_checksums_of_hdf5(file):
     chunked_bomb(file, COMPRESSED, 2**19, chunks=(2**19,), compression="gzip", shuffle=True, fletcher32=True)
 
 
-@case("")
+@case("other filters than shuffle and deflate")
 def compressed_by_a_plugin(file):
     del file["a"]
     creation = h5py.h5p.create(h5py.h5p.DATASET_CREATE)
@@ -856,7 +857,7 @@ def compressed_by_a_plugin(file):
     catalogue.store()
 
 
-@case("")
+@case("the array's checksums don't fit its length")
 def compressed_without_a_chunk(file):
     del file["a"]
     file.create_dataset("a", shape=(2**40,), dtype="f8", chunks=(2**19,), compression="gzip", shuffle=True)
@@ -865,11 +866,146 @@ def compressed_without_a_chunk(file):
     catalogue.store()
 
 
-@case("")
+@case("the array's dataset is missing")
 def pooled_without_a_pool(file):
+    set_pooled(file, 0)
+
+
+@case("a record is too short")
+def pooled_without_an_offset(file):
     catalogue = Catalogue(file)
     catalogue.set_array(A, [2, 3], POOLED, 48, checksums(NUMBERS.tobytes()))
     catalogue.store()
+
+
+def set_pooled(file, offset):
+    """Let the array "a" stand in the pool, whether there is one or not."""
+    catalogue = Catalogue(file)
+    sums = checksums(NUMBERS.tobytes())
+    catalogue.rows[A]["value"] = catalogue.append(words(2, 2, 3, POOLED, 48, offset, len(sums), *sums))
+    catalogue.store()
+
+
+def pool(file, data=bytes(7) + NUMBERS.tobytes()):
+    contiguous(file, "/catalogue-pool", h5py.h5t.STD_U8LE, (len(data),), numpy.frombuffer(data, dtype="u1"))
+
+
+@case(SOUND)
+def pooled(file):
+    pool(file)
+    set_pooled(file, 7)
+
+
+@case("the array is damaged")
+def pooled_at_another_place(file):
+    pool(file)
+    set_pooled(file, 6)
+
+
+@case("the array reaches past the end of the pool")
+def pooled_past_the_end(file):
+    pool(file)
+    set_pooled(file, 8)
+
+
+@case("the array reaches past the end of the pool")
+def pooled_far_past_the_end(file):
+    pool(file)
+    set_pooled(file, 2**64 - 8)
+
+
+@case("the array's dataset is a link to somewhere else")
+def pooled_behind_a_soft_link(file):
+    pool(file)
+    file.move("catalogue-pool", "pool")
+    file["catalogue-pool"] = h5py.SoftLink("/pool")
+    set_pooled(file, 7)
+
+
+@case("isn't stored in one piece")
+def pooled_in_chunks(file):
+    data = numpy.frombuffer(bytes(7) + NUMBERS.tobytes(), dtype="u1")
+    file.create_dataset("catalogue-pool", data=data, chunks=(8,))
+    set_pooled(file, 7)
+
+
+@case("hasn't the type")
+def pooled_in_words(file):
+    file.create_dataset("catalogue-pool", data=numpy.zeros(10, dtype="u8"))
+    set_pooled(file, 7)
+
+
+def set_compressed(file, chunks, write=True, **options):
+    """Let the array "a" be a compressed one."""
+    del file["a"]
+    options = {"compression": "gzip", "shuffle": True, **options}
+    dataset = file.create_dataset("a", shape=(2, 3), dtype="f8", chunks=chunks, **options)
+    if write:
+        dataset[...] = NUMBERS
+    catalogue = Catalogue(file)
+    catalogue.set_array(A, [2, 3], COMPRESSED, 48, checksums(NUMBERS.tobytes()))
+    catalogue.store()
+    return dataset
+
+
+@case(SOUND)
+def compressed_row_by_row(file):
+    set_compressed(file, (1, 3))
+
+
+@case(SOUND)
+def compressed_in_parts_of_rows(file):
+    set_compressed(file, (1, 2))
+
+
+@case(SOUND)
+def compressed_in_one_chunk_without_deflate(file):
+    set_compressed(file, (2, 3), write=False).id.write_direct_chunk((0, 0), NUMBERS.tobytes(), filter_mask=3)
+
+
+@case("the array's chunks aren't runs of its elements")
+def compressed_in_squares(file):
+    set_compressed(file, (2, 2))
+
+
+@case("the array's chunks are too long")
+def compressed_in_long_chunks(file):
+    set_compressed(file, (2**23, 3), write=False, maxshape=(None, 3))
+
+
+@case("other filters than shuffle and deflate")
+def compressed_without_shuffle(file):
+    set_compressed(file, (1, 3), shuffle=False)
+
+
+@case("the array's elements were never written")
+def compressed_but_never_written(file):
+    set_compressed(file, (1, 3), write=False)
+
+
+@case("one of its chunks can't be decompressed")
+def compressed_chunk_of_noise(file):
+    set_compressed(file, (2, 3)).id.write_direct_chunk((0, 0), bytes(range(40)))
+
+
+@case("one of its chunks can't be decompressed")
+def compressed_chunk_too_short(file):
+    set_compressed(file, (2, 3)).id.write_direct_chunk((0, 0), zlib.compress(bytes(40)))
+
+
+@case("one of its chunks can't be decompressed")
+def compressed_chunk_too_long(file):
+    set_compressed(file, (2, 3)).id.write_direct_chunk((0, 0), zlib.compress(bytes(56)))
+
+
+@case("one of its chunks can't be decompressed")
+def compressed_chunk_that_grows(file):
+    set_compressed(file, (2, 3)).id.write_direct_chunk((0, 0), zlib.compress(bytes(2**24), 9))
+
+
+@case("the array is damaged: its checksum")
+def compressed_other_numbers(file):
+    set_compressed(file, (2, 3))[...] = NUMBERS + 1
 
 
 # ---- Trees that are well-formed but absurd

@@ -37,7 +37,10 @@ class Probe:
 
 def probe(paths):
     """The probe of each file; one that the process hasn't survived ends the list."""
-    run = subprocess.run([TOOL, "probe", *paths], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    # What a sanitizer keeps of freed memory would count as the file's.
+    options = os.environ.get("ASAN_OPTIONS", "") + ":quarantine_size_mb=1"
+    run = subprocess.run([TOOL, "probe", *paths], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                         env={**os.environ, "ASAN_OPTIONS": options})
     lines = run.stdout.decode("utf-8", "replace").split("\n")[:-1]
     if run.returncode != 0 or len(lines) != len(paths):
         raise AssertionError("%s ended the process with %d" % (paths[min(len(lines), len(paths) - 1)],
