@@ -10,8 +10,6 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
-set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
-    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
 set(CPACK_COMPONENTS_ALL runtime development tools documents)
 if(NOT ORRERY_BUILD_HOSTS)
@@ -68,23 +66,12 @@ set(CPACK_DEBIAN_DOCUMENTS_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_DOCUMENTS_DESCRIPTION "data model for numeric results - documents
 ${about}This package has the documents and the examples.")
 
-# Each package tells its licence and what changed. A full install hasn't got these: it isn't a Debian package.
+# The newest entry of the packages' own changelog tells their version.
 file(STRINGS ${PROJECT_SOURCE_DIR}/packaging/debian/changelog latest LIMIT_COUNT 1)
 if(NOT latest MATCHES "^orrerycorevariables \\(${debian_version}\\) ")
     message(FATAL_ERROR "packaging/debian/changelog has no entry for ${debian_version}")
 endif()
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/packaging/debian/changelog)
-foreach(component IN LISTS CPACK_COMPONENTS_ALL)
-    string(TOUPPER ${component} upper)
-    install(FILES
-        ${PROJECT_SOURCE_DIR}/packaging/debian/copyright
-        ${PROJECT_SOURCE_DIR}/packaging/debian/changelog
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME}
-        COMPONENT ${component} EXCLUDE_FROM_ALL)
-    install(FILES ${PROJECT_SOURCE_DIR}/packaging/debian/${component}.lintian-overrides
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME ${CPACK_DEBIAN_${upper}_PACKAGE_NAME}
-        COMPONENT ${component} EXCLUDE_FROM_ALL)
-endforeach()
 
-set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/debian/compress.cmake)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/debian/complete.cmake)
 include(CPack)
