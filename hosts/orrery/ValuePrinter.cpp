@@ -34,13 +34,19 @@ std::string joined(const Shape& numbers)
     return text;
 }
 
-// Appends one field, in quotes if a reader would take it apart, cut its blanks, or pass its line over: an empty line, or
-// one that begins like a comment.
-void appendField(std::string* out, std::string_view field)
+bool isBlank(char c)
 {
-    const bool needsQuotes = field.find_first_of(",\"\r\n") != std::string_view::npos || field.empty() ||
-                             field.front() == ' ' || field.back() == ' ' || field.front() == '\t' ||
-                             field.back() == '\t' || field.front() == '#';
+    return c == ' ' || c == '\t';
+}
+
+// Appends one field, in quotes if a reader would take it apart or cut its blanks. At the begin of a line also if a reader
+// would pass that line over: an empty one, or one that looks like a comment.
+void appendField(std::string* out, std::string_view field, bool beginsLine)
+{
+    const bool isPassedOver = beginsLine && (field.empty() || field.front() == '#');
+    const bool isCut = !field.empty() && (isBlank(field.front()) || isBlank(field.back()));
+    const bool needsQuotes =
+        isPassedOver || isCut || field.find_first_of(",;\t\"\r\n") != std::string_view::npos;
     if (!needsQuotes) {
         *out += field;
         return;
@@ -120,11 +126,13 @@ void printMatrices(Output& out, LinePrinter& lines, const Selection& values)
     }
 }
 
-// Puts a comma before every field of a line but its first.
-void separate(std::string* out, bool* isFirst)
+// Puts a comma before every field of a line but its first. Returns whether this is that one.
+bool separate(std::string* out, bool* isFirst)
 {
-    if (!std::exchange(*isFirst, false))
+    const bool beginsLine = std::exchange(*isFirst, false);
+    if (!beginsLine)
         *out += ',';
+    return beginsLine;
 }
 
 /// One column of CSV.
@@ -145,7 +153,7 @@ public:
     void appendRecord(Output& out, std::uint64_t row, bool* isFirst);
 
 private:
-    void appendText(Output& out, std::uint64_t position);
+    void appendText(Output& out, std::uint64_t position, bool beginsLine);
 
     const ValueColumn& m_column;
     ElementText m_elements;
@@ -163,8 +171,9 @@ void CsvColumn::appendNames(Output& out, bool* isFirst) const
         const std::string field =
             position.empty() ? m_column.name : m_column.name + '[' + joined(position) + ']';
         for (const char* const part : {".re", ".im"}) {
-            separate(&out.buffer(), isFirst);
-            appendField(&out.buffer(), (m_isComplex ? field + part : field) + m_column.unitsSuffix);
+            const bool beginsLine = separate(&out.buffer(), isFirst);
+            appendField(&out.buffer(), (m_isComplex ? field + part : field) + m_column.unitsSuffix,
+                        beginsLine);
             if (!m_isComplex)
                 break;
         }
@@ -173,20 +182,20 @@ void CsvColumn::appendNames(Output& out, bool* isFirst) const
     }
 }
 
-void CsvColumn::appendText(Output& out, std::uint64_t position)
+void CsvColumn::appendText(Output& out, std::uint64_t position, bool beginsLine)
 {
     m_text.clear();
     m_elements.append(&m_text, position);
-    appendField(&out.buffer(), m_text);
+    appendField(&out.buffer(), m_text, beginsLine);
 }
 
 void CsvColumn::appendRecord(Output& out, std::uint64_t row, bool* isFirst)
 {
     std::string& buffer = out.buffer();
     for (std::uint64_t position = row * m_lanes; position < (row + 1) * m_lanes; ++position) {
-        separate(&buffer, isFirst);
+        const bool beginsLine = separate(&buffer, isFirst);
         if (m_isText) {
-            appendText(out, position);
+            appendText(out, position, beginsLine);
         } else if (m_isComplex) {
             m_elements.appendReal(&buffer, position);
             buffer += ',';
