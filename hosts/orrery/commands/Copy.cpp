@@ -1,5 +1,7 @@
+#include "foundations/storage/DataFileCheck.h"
 #include "hosts/orrery/Failure.h"
 #include "hosts/orrery/OutputFile.h"
+#include "hosts/orrery/SavedFile.h"
 #include "hosts/orrery/TreeAccess.h"
 #include "hosts/orrery/commands/Commands.h"
 
@@ -26,15 +28,28 @@ replaced; any other file is replaced with --force only.
 
 Example: orrery copy diode.h5 -o copy.h5)";
 
+// A save takes arrays that nobody has read as they stand, damaged or not; a copy is to be good.
+void expectGood(const std::string& path)
+{
+    const QString name = QString::fromStdString(path);
+    QString why;
+    DataFileCheck::Run(name, [&](const DataFileCheck::Finding& finding) {
+        if (finding.severity == DataFileCheck::Error && why.isEmpty())
+            why = name + QStringLiteral(": ") +
+                  (finding.path.isEmpty() ? QString() : finding.path + QStringLiteral(": ")) + finding.text;
+    });
+    if (!why.isEmpty())
+        throw Failure(fileLine(path, why));
+}
+
 void copy(const CopyOptions& options)
 {
     if (options.output.empty())
         throw Failure("--output: expected the name of a file", ExitUsage);
     checkOutput(options.input, options.output, options.force);
     const std::shared_ptr<DataFile> file = openForReading(options.input);
-    QString why;
-    if (file->SaveAs(QString::fromStdString(options.output), &why) < 0)
-        throw Failure(fileLine(options.output, why));
+    expectGood(options.input);
+    saveDataFile(*file, options.output);
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "hosts/orrery/ProgressLine.h"
 #include "hosts/orrery/RawFile.h"
 #include "hosts/orrery/RawImporter.h"
+#include "hosts/orrery/SavedFile.h"
 #include "hosts/orrery/SweepValues.h"
 #include "hosts/orrery/TreeAccess.h"
 #include "hosts/orrery/UnitText.h"
@@ -241,9 +242,7 @@ Result* Import::makeResult()
 void Import::save()
 {
     m_progress.stage("saving");
-    QString why;
-    if (m_file->Save(&why) < 0)
-        throw Failure(fileLine(m_options.output, why));
+    saveDataFile(*m_file, m_options.output);
 }
 
 void Import::runRaw()
