@@ -75,7 +75,7 @@ void TreeReader::Finish(std::size_t parent)
     }
 }
 
-std::unique_ptr<AbstractProperty> TreeReader::MakeNode(std::size_t index) const
+std::unique_ptr<AbstractProperty> TreeReader::MakeNode(std::size_t index)
 {
     const Row& row = m_catalogue.rows[index];
     switch (row.kind) {
@@ -127,7 +127,7 @@ std::unique_ptr<AbstractProperty> TreeReader::MakeSimple(std::size_t index) cons
     return simple;
 }
 
-std::unique_ptr<AbstractProperty> TreeReader::MakeReference(const Row& row) const
+std::unique_ptr<AbstractProperty> TreeReader::MakeReference(const Row& row)
 {
     auto reference = std::make_unique<PropertyReference>(m_catalogue.Name(row));
     if (row.form == FormReference) {
@@ -137,15 +137,23 @@ std::unique_ptr<AbstractProperty> TreeReader::MakeReference(const Row& row) cons
     return reference;
 }
 
-// The disk isn't asked yet. A folder of files may have been moved as one, so the relative path comes first.
-PropertyReference::TargetFile TreeReader::FileOf(const ReferenceRecord& record) const
+// The disk isn't asked yet. Many references in a row lead into one file; they share the texts.
+const PropertyReference::TargetFile& TreeReader::FileOf(const ReferenceRecord& record)
 {
-    if (record.relativeFile.isEmpty() && record.absoluteFile.isEmpty())
-        return {};
-    const QString beside = QDir::cleanPath(m_folder.absoluteFilePath(record.relativeFile));
-    if (record.relativeFile.isEmpty() || beside == record.absoluteFile)
-        return {record.absoluteFile, QString(), record.fileType, record.fileUid};
-    return {beside, record.absoluteFile, record.fileType, record.fileUid};
+    const bool isSame = record.relativeFile == m_lastRecord.relativeFile &&
+                        record.absoluteFile == m_lastRecord.absoluteFile &&
+                        record.fileType == m_lastRecord.fileType && record.fileUid == m_lastRecord.fileUid;
+    if (isSame)
+        return m_lastFile;
+    m_lastRecord = record;
+    m_lastFile = {record.absoluteFile, QString(), record.fileType, record.fileUid};
+    if (record.relativeFile.isEmpty())
+        return m_lastFile;
+    // A folder of files may have been moved as one, so the relative path comes first.
+    m_lastFile.path = QDir::cleanPath(m_folder.absoluteFilePath(record.relativeFile));
+    if (m_lastFile.path != record.absoluteFile)
+        m_lastFile.otherPath = record.absoluteFile;
+    return m_lastFile;
 }
 
 void TreeReader::Fail(std::size_t index, const QString& what, ERESULT code) const

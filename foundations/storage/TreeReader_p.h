@@ -36,17 +36,19 @@ public:
     void Read(DataFile::RootProperty* root);
 
 private:
-    std::unique_ptr<AbstractProperty> MakeNode(std::size_t index) const;
+    std::unique_ptr<AbstractProperty> MakeNode(std::size_t index);
     std::unique_ptr<AbstractProperty> MakeFolder(std::size_t index) const;
     std::unique_ptr<AbstractProperty> MakeSimple(std::size_t index) const;
-    std::unique_ptr<AbstractProperty> MakeReference(const CatalogueFormat::Row& row) const;
-    PropertyReference::TargetFile FileOf(const ReferenceRecord& record) const;
+    std::unique_ptr<AbstractProperty> MakeReference(const CatalogueFormat::Row& row);
+    const PropertyReference::TargetFile& FileOf(const ReferenceRecord& record);
     void Finish(std::size_t parent);
     PropertyObject& OpenFolder(std::size_t index) const;
     [[noreturn]] void Fail(std::size_t index, const QString& what, ERESULT code = ER_FAILED) const;
 
     const Catalogue& m_catalogue;
-    QDir m_folder; // of the file
+    QDir m_folder; ///< of the file
+    ReferenceRecord m_lastRecord;
+    PropertyReference::TargetFile m_lastFile; ///< of m_lastRecord
     ArraySource m_arrays;
     /// Folders that are being filled, root first.
     std::vector<std::pair<std::size_t, PropertyHandle>> m_open;
