@@ -1,6 +1,7 @@
 #include "foundations/storage/Hdf5ArrayWriter_p.h"
 
 #include "foundations/storage/ElementTypes_p.h"
+#include "foundations/storage/Hdf5ArrayReader_p.h"
 #include "foundations/storage/Hdf5Folders_p.h"
 #include "foundations/storage/Hdf5Types_p.h"
 #include "foundations/storage/LazyArray_p.h"
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <numeric>
 #include <string>
 
@@ -186,6 +188,57 @@ const char* Piece(const StoredArray* stored, const char* data, std::uint64_t at,
     return buffer->data();
 }
 
+struct Chunk
+{
+    std::vector<hsize_t> start; ///< its first element
+    std::vector<hsize_t> count; ///< its elements that belong to the array
+    std::uint64_t first = 0;    ///< the byte of the row-major elements that it begins with
+    std::uint64_t bytes = 0;
+};
+
+// All chunks in the order of their elements, none of which is divided by two dimensions; see ChunkOf.
+void ForEachChunk(const std::vector<hsize_t>& dimensions, const std::vector<hsize_t>& chunk,
+                  std::uint64_t elementSize, const std::function<void(const Chunk&)>& action)
+{
+    std::size_t split = 0; // the dimension that a chunk takes a part of
+    while (split + 1 < chunk.size() && chunk[split] == 1)
+        ++split;
+    std::uint64_t inner = elementSize;
+    for (std::size_t i = split + 1; i < dimensions.size(); ++i)
+        inner *= dimensions[i];
+
+    Chunk part;
+    part.start.assign(dimensions.size(), 0);
+    part.count = chunk;
+    while (part.start[0] < dimensions[0]) {
+        part.count[split] = std::min(chunk[split], dimensions[split] - part.start[split]);
+        part.bytes = part.count[split] * inner;
+        action(part);
+        part.first += part.bytes;
+        part.start[split] += part.count[split];
+        for (std::size_t i = split; i > 0 && part.start[i] >= dimensions[i]; --i) {
+            part.start[i] = 0;
+            ++part.start[i - 1];
+        }
+    }
+}
+
+// Whether a dataset's chunks went through the same filters as CompressedDataset asks for.
+bool IsCompressedAt(hid_t dataset, int level)
+{
+    const Hdf5Handle list = Owned(H5Dget_create_plist(dataset), &H5Pclose, "the array can't be read");
+    unsigned int flags = 0;
+    unsigned int setting = 0;
+    std::size_t settings = 0;
+    const auto filter = [&](unsigned int number) {
+        return H5Pget_filter2(list.Id(), number, &flags, &settings, &setting, 0, nullptr, nullptr);
+    };
+    if (H5Pget_nfilters(list.Id()) != 2 || filter(0) != H5Z_FILTER_SHUFFLE)
+        return false;
+    settings = 1;
+    return filter(1) == H5Z_FILTER_DEFLATE && setting == static_cast<unsigned int>(level);
+}
+
 // For texts in memory it isn't decided yet how they are stored; padded stands for both.
 Layout LayoutOf(const ArrayRecord& record, std::uint16_t element, const SaveOptions& options)
 {
@@ -354,9 +407,21 @@ Hdf5Handle Hdf5ArrayWriter::WriteCompressed(hid_t group, const QByteArray& link,
                                             const Dimensions& dimensions, ArrayRecord* record)
 {
     const hid_t type = ElementType(source.m_element);
-    const Dimensions chunk = ChunkOf(dimensions, ElementTypes::Size(source.m_element));
-    const Hdf5Handle creation = CompressedDataset(chunk, m_options.compressionLevel);
-    Hdf5Handle dataset = Make(group, link, type, dimensions, creation);
+    Dimensions chunk;
+    if (source.m_stored && source.m_stored->Record().layout == LayoutCompressed) {
+        const StoredArray& stored = *source.m_stored;
+        const Hdf5Handle from =
+            Hdf5ArrayReader::OpenCompressed(stored.File(), stored.RowIndex(), stored.Record(), &chunk);
+        if (IsCompressedAt(from.Id(), m_options.compressionLevel)) {
+            Hdf5Handle dataset =
+                Make(group, link, type, dimensions, CompressedDataset(chunk, m_options.compressionLevel));
+            CopyChunks(from.Id(), dataset.Id(), dimensions, chunk, source);
+            return dataset;
+        }
+    }
+    chunk = ChunkOf(dimensions, ElementTypes::Size(source.m_element));
+    Hdf5Handle dataset =
+        Make(group, link, type, dimensions, CompressedDataset(chunk, m_options.compressionLevel));
     if (source.m_stored) {
         WriteChunks(dataset.Id(), type, dimensions, chunk, source, nullptr);
         return dataset;
@@ -368,40 +433,43 @@ Hdf5Handle Hdf5ArrayWriter::WriteCompressed(hid_t group, const QByteArray& link,
     return dataset;
 }
 
-// All chunks in the order of their elements. `split` is the dimension that a chunk takes a part of.
 void Hdf5ArrayWriter::WriteChunks(hid_t dataset, hid_t type, const Dimensions& dimensions,
                                   const Dimensions& chunk, const Source& source, const char* data)
 {
-    std::size_t split = 0;
-    while (split + 1 < chunk.size() && chunk[split] == 1)
-        ++split;
-    std::uint64_t inner = ElementTypes::Size(source.m_element);
-    for (std::size_t i = split + 1; i < dimensions.size(); ++i)
-        inner *= dimensions[i];
-
     const Hdf5Handle space = Owned(H5Dget_space(dataset), &H5Sclose, "the array can't be written");
-    Dimensions start(dimensions.size(), 0);
-    Dimensions count = chunk;
     std::vector<char> buffer;
-    const std::uint64_t bytes = source.m_weight;
-    for (std::uint64_t at = 0; at < bytes;) {
-        count[split] = std::min(chunk[split], dimensions[split] - start[split]);
-        const std::uint64_t size = count[split] * inner;
-        const char* const piece = Piece(source.m_stored.get(), data, at, size, &buffer);
-        const Hdf5Handle run = Owned(H5Screate_simple(static_cast<int>(count.size()), count.data(), nullptr),
-                                     &H5Sclose, "the array can't be written");
-        if (H5Sselect_hyperslab(space.Id(), H5S_SELECT_SET, start.data(), nullptr, count.data(), nullptr) <
-                0 ||
+    ForEachChunk(dimensions, chunk, ElementTypes::Size(source.m_element), [&](const Chunk& part) {
+        const char* const piece = Piece(source.m_stored.get(), data, part.first, part.bytes, &buffer);
+        const Hdf5Handle run =
+            Owned(H5Screate_simple(static_cast<int>(part.count.size()), part.count.data(), nullptr),
+                  &H5Sclose, "the array can't be written");
+        if (H5Sselect_hyperslab(space.Id(), H5S_SELECT_SET, part.start.data(), nullptr, part.count.data(),
+                                nullptr) < 0 ||
             H5Dwrite(dataset, type, run.Id(), space.Id(), H5P_DEFAULT, piece) < 0)
             CannotWrite();
-        m_meter->Advance(size);
-        at += size;
-        start[split] += count[split];
-        for (std::size_t i = split; i > 0 && start[i] >= dimensions[i]; --i) {
-            start[i] = 0;
-            ++start[i - 1];
-        }
-    }
+        m_meter->Advance(part.bytes);
+    });
+}
+
+// As they went through the filters: quicker, and what is damaged stays what it is.
+void Hdf5ArrayWriter::CopyChunks(hid_t from, hid_t to, const Dimensions& dimensions, const Dimensions& chunk,
+                                 const Source& source)
+{
+    std::vector<char> buffer;
+    ForEachChunk(dimensions, chunk, ElementTypes::Size(source.m_element), [&](const Chunk& part) {
+        hsize_t size = 0;
+        if (H5Dget_chunk_storage_size(from, part.start.data(), &size) < 0 || size == 0)
+            throw StorageError(QStringLiteral("the array's elements were never written"));
+        if (size > 2 * LongestChunk)
+            throw StorageError(QStringLiteral("the array is damaged: one of its chunks is too long"));
+        buffer.resize(size);
+        std::uint32_t mask = 0;
+        if (H5Dread_chunk(from, H5P_DEFAULT, part.start.data(), &mask, buffer.data()) < 0)
+            throw StorageError(QStringLiteral("the array can't be read: ") + Hdf5Session::LastError());
+        if (H5Dwrite_chunk(to, H5P_DEFAULT, mask, part.start.data(), size, buffer.data()) < 0)
+            CannotWrite();
+        m_meter->Advance(part.bytes);
+    });
 }
 
 void Hdf5ArrayWriter::MakePool(std::uint64_t bytes)

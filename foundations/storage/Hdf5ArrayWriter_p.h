@@ -82,6 +82,8 @@ private:
                                const Dimensions& dimensions, ArrayRecord* record);
     void WriteChunks(hid_t dataset, hid_t type, const Dimensions& dimensions, const Dimensions& chunk,
                      const Source& source, const char* data);
+    void CopyChunks(hid_t from, hid_t to, const Dimensions& dimensions, const Dimensions& chunk,
+                    const Source& source);
 
     hid_t m_file;
     Hdf5WriteDriver* m_driver;

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 #include <hdf5.h>
 
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -215,6 +216,76 @@ TEST_F(SaveOptionsTest, DamageStaysKnownUnderItsPath)
         EXPECT_TRUE(Brindle::Quay::exactlyEqual(ValueOf(*copy->GetRoot(), QStringLiteral("good")),
                                                 BVariant(Numbers(100))));
         WriteFile(m_path, bytes);
+    }
+}
+
+// The chunks go over as they stand, damaged ones too; what has to be unpacked can't be taken along then.
+TEST_F(SaveOptionsTest, DamageOfACompressedArrayStaysKnownUnderItsPath)
+{
+    std::vector<double> numbers(400'000);
+    for (std::size_t i = 0; i < numbers.size(); ++i)
+        numbers[i] = std::sin(static_cast<double>(i));
+    {
+        const auto file = Open(m_path, DataFile::Create);
+        AddValue(*file->GetRoot(), QStringLiteral("bad"), BVariant(numbers));
+        Choose(*file, {false, 3});
+        ASSERT_EQ(file->Save(), ER_SUCCESS);
+    }
+    QByteArray bytes = ReadFile(m_path);
+    for (int i = 0; i < 50; ++i) // in the middle of the second of three chunks
+        bytes[bytes.size() / 2 + i] = 'x';
+    WriteFile(m_path, bytes);
+    const auto expectDamaged = [this] {
+        const auto copy = Open(m_path);
+        EXPECT_THROW(ValueOf(*copy->GetRoot(), QStringLiteral("bad")).constData(), std::runtime_error);
+    };
+    expectDamaged();
+    {
+        const auto file = Open(m_path, DataFile::ReadWrite);
+        EXPECT_EQ(TrySave(*file).why, QString());
+    }
+    expectDamaged();
+    EXPECT_EQ(QFileInfo(m_path).size(), bytes.size());
+    bytes = ReadFile(m_path);
+    {
+        const auto file = Open(m_path, DataFile::ReadWrite);
+        Choose(*file, {false, 0});
+        const Outcome saved = TrySave(*file);
+        EXPECT_EQ(saved.code, ER_FAILED);
+        EXPECT_TRUE(saved.why.contains(QStringLiteral("/bad: the array is damaged")))
+            << saved.why.toStdString();
+    }
+    EXPECT_TRUE(ReadFile(m_path) == bytes);
+}
+
+TEST_F(SaveOptionsTest, LeavesTheOldFileWhenTheDiskIsFullWhateverTheChoices)
+{
+    Make(m_path, {false, 0});
+    for (const Choice& choice : s_choices) {
+        auto file = Open(m_path, DataFile::ReadWrite);
+        Choose(*file, choice);
+        ASSERT_EQ(file->SaveAs(m_other), ER_SUCCESS);
+        const auto size = static_cast<unsigned long>(QFileInfo(m_other).size());
+        ASSERT_EQ(file->SaveAs(m_path), ER_SUCCESS);
+        ASSERT_TRUE(QFile::remove(m_other));
+        for (unsigned long limit = 1; limit < size; limit += size / 7) {
+            EXPECT_EQ(RunInChild([&] {
+                          const QByteArray before = ReadFile(m_path);
+                          LimitFileSize(limit, /*survive=*/true);
+                          const Outcome saved = TrySave(*file);
+                          if (saved.code != ER_FAILED ||
+                              !saved.why.contains(QStringLiteral("File too large")))
+                              return 1;
+                          if (ReadFile(m_path) != before)
+                              return 3;
+                          LimitFileSize(0, /*survive=*/true);
+                          return m_folder.Strays().isEmpty() && file->Save() >= 0 ? 0 : 2;
+                      }),
+                      0)
+                << "limit " << limit << " of " << size;
+        }
+        file.reset();
+        EXPECT_EQ(FaultsOf(*Open(m_path)), "");
     }
 }
 
