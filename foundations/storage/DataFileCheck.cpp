@@ -1,17 +1,14 @@
 #include "foundations/storage/DataFileCheck.h"
 
-#include "foundations/storage/Catalogue_p.h"
 #include "foundations/storage/DataFile.h"
 #include "foundations/storage/DataFileFactory.h"
-#include "foundations/storage/Hdf5CatalogueIo_p.h"
 #include "foundations/storage/Hdf5FileWalk_p.h"
 #include "foundations/storage/StorageError_p.h"
+#include "foundations/storage/StoredFile_p.h"
 #include "foundations/storage/TreeCheck_p.h"
 
-#include <QFile>
 #include <QFileInfo>
 
-#include <exception>
 #include <memory>
 
 namespace Orrery {
@@ -29,31 +26,29 @@ void LookAtTree(const QString& path, const DataFileCheck::Report& report,
         report({DataFileCheck::Error, QString(), why});
         return;
     }
-    TreeCheck(report, progress).Look(*file->GetRoot(), summary);
+    TreeCheck(path, report, progress).Look(*file->GetRoot(), summary);
 }
 
-// What is wrong with the catalogue has been told when the tree was opened.
-bool ReadCatalogue(hid_t file, Catalogue* catalogue)
+// Adds up what passes through to `report`; both must outlive it.
+DataFileCheck::Report Counted(const DataFileCheck::Report& report, DataFileCheck::Summary* summary)
 {
-    try {
-        Hdf5CatalogueIo::Read(file, catalogue);
-        catalogue->Check();
-        return true;
-    } catch (const std::exception&) {
-        return false;
-    }
+    return [&report, summary](const DataFileCheck::Finding& finding) {
+        ++(finding.severity == DataFileCheck::Error ? summary->errors : summary->warnings);
+        report(finding);
+    };
 }
 
+// A file whose structure isn't sound has been told of already, and can't be looked at any further.
 void LookAroundTree(const QString& path, const DataFileCheck::Report& report)
 {
     const Hdf5Session session;
-    const Hdf5Handle file(H5Fopen(QFile::encodeName(path).constData(), H5F_ACC_RDONLY, H5P_DEFAULT),
-                          &H5Fclose);
-    if (!file.IsValid())
-        return; // told already
-    Catalogue catalogue;
-    const bool isSound = ReadCatalogue(file.Id(), &catalogue);
-    Hdf5FileWalk(file.Id(), isSound ? &catalogue : nullptr, report).Run();
+    std::shared_ptr<const StoredFile> file;
+    try {
+        file = StoredFile::Open(path);
+    } catch (const StorageError&) {
+        return;
+    }
+    Hdf5FileWalk(file->File(), file->Structure(), report).Run();
 }
 
 } // namespace
@@ -61,16 +56,24 @@ void LookAroundTree(const QString& path, const DataFileCheck::Report& report)
 DataFileCheck::Summary DataFileCheck::Run(const QString& path, const Report& report, const Progress& progress)
 {
     Summary summary;
-    const Report counted = [&](const Finding& finding) {
-        ++(finding.severity == Error ? summary.errors : summary.warnings);
-        report(finding);
-    };
+    const Report counted = Counted(report, &summary);
     LookAtTree(path, counted, progress, &summary);
     // A FIFO would be waited for, and a device has no end.
     if (!QFileInfo(path).isFile())
         return summary;
     summary.fileBytes = static_cast<std::uint64_t>(QFileInfo(path).size());
     LookAroundTree(path, counted);
+    return summary;
+}
+
+DataFileCheck::Summary DataFileCheck::RunOnTree(const PropertyObject& root, const Report& report,
+                                                const Progress& progress)
+{
+    Summary summary;
+    const Report counted = Counted(report, &summary);
+    const auto* const fileRoot = dynamic_cast<const DataFile::RootProperty*>(&root);
+    const DataFile* const file = fileRoot ? fileRoot->GetParentFile() : nullptr;
+    TreeCheck(file ? file->GetPath() : QString(), counted, progress).Look(root, &summary);
     return summary;
 }
 

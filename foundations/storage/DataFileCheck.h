@@ -9,6 +9,8 @@
 
 namespace Orrery {
 
+class PropertyObject;
+
 /// Looks at all of a data file and tells everything that is wrong with it, where opening it stops at the first.
 ///
 /// The file is only read. What is damaged badly enough may bring down the HDF5 library, and this process with it:
@@ -56,6 +58,13 @@ public:
     ///         out.
     /// Cost:   reads the file once; large arrays piece by piece, where their layout allows.
     static Summary Run(const QString& path, const Report& report, const Progress& progress = {});
+
+    /// Look at the tree of an open file alone: every array below `root` against its checksums, every reference.
+    ///
+    /// Errors: as Run.
+    /// Edge:   arrays that have been read already were tested then, and an array of 64 MiB and more is read again later,
+    ///         as if it hadn't been.
+    static Summary RunOnTree(const PropertyObject& root, const Report& report, const Progress& progress = {});
 };
 
 } // namespace Orrery

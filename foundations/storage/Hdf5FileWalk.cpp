@@ -56,7 +56,7 @@ QString TargetOf(hid_t group, const QByteArray& name, const H5L_info_t& info)
 
 } // namespace
 
-Hdf5FileWalk::Hdf5FileWalk(hid_t file, const Catalogue* catalogue, const DataFileCheck::Report& report)
+Hdf5FileWalk::Hdf5FileWalk(hid_t file, const Catalogue& catalogue, const DataFileCheck::Report& report)
     : m_file(file)
     , m_catalogue(catalogue)
     , m_report(report)
@@ -74,17 +74,15 @@ void Hdf5FileWalk::Run()
     H5O_info_t info;
     if (H5Oget_info2(root.Id(), &info, H5O_INFO_BASIC) >= 0)
         m_seen.insert(info.addr);
-    LookAtGroup({root.Id(), m_catalogue ? 0 : NoParent, QByteArray(), 0});
+    LookAtGroup({root.Id(), 0, QByteArray(), 0});
 }
 
 void Hdf5FileWalk::IndexRows()
 {
-    if (!m_catalogue)
-        return;
-    for (std::size_t i = 1; i < m_catalogue->rows.size(); ++i) {
-        const Row& row = m_catalogue->rows[i];
+    for (std::size_t i = 1; i < m_catalogue.rows.size(); ++i) {
+        const Row& row = m_catalogue.rows[i];
         if (row.kind == KindFolder || row.form == FormArray)
-            m_rows.insert({row.parent, LinkName(m_catalogue->Name(row), row.parent == 0)},
+            m_rows.insert({row.parent, LinkName(m_catalogue.Name(row), row.parent == 0)},
                           static_cast<std::uint32_t>(i));
     }
 }
@@ -134,7 +132,7 @@ void Hdf5FileWalk::LookAtObject(const Group& group, const QByteArray& name, cons
     }
     m_seen.insert(info.addr);
     // Inside a strange group everything is strange, and one line tells it.
-    const bool isTold = m_catalogue && !isKnown && group.row != NoParent;
+    const bool isTold = !isKnown && group.row != NoParent;
     if (info.type == H5O_TYPE_GROUP) {
         if (isTold)
             Tell(DataFileCheck::Warning, path, QStringLiteral("a group that the tree doesn't know"));

@@ -18,9 +18,8 @@ namespace Orrery {
 class Hdf5FileWalk
 {
 public:
-    /// `catalogue` is a checked one, or null when the file has none; then all objects are strangers, which isn't told
-    /// of each. All must outlive the walk.
-    Hdf5FileWalk(hid_t file, const Catalogue* catalogue, const DataFileCheck::Report& report);
+    /// `catalogue` is the file's own, and checked. All must outlive the walk.
+    Hdf5FileWalk(hid_t file, const Catalogue& catalogue, const DataFileCheck::Report& report);
 
     void Run();
 
@@ -45,7 +44,7 @@ private:
     void Tell(DataFileCheck::Severity severity, const QByteArray& path, const QString& text) const;
 
     hid_t m_file;
-    const Catalogue* m_catalogue;
+    const Catalogue& m_catalogue;
     const DataFileCheck::Report& m_report;
     QHash<QPair<std::uint32_t, QByteArray>, std::uint32_t> m_rows; ///< by folder and link
     QSet<quint64> m_seen;                                          ///< addresses of objects

@@ -1,5 +1,6 @@
 #include "foundations/storage/Hdf5Folders_p.h"
 
+#include "foundations/storage/Hdf5Form_p.h"
 #include "foundations/storage/NameCodec_p.h"
 #include "foundations/storage/StorageError_p.h"
 
@@ -54,6 +55,7 @@ Hdf5Handle Hdf5Folders::Enter(hid_t parent, const QByteArray& link) const
         throw StorageError(QStringLiteral("the array's group is missing"));
     if (info.type != H5L_TYPE_HARD)
         throw StorageError(QStringLiteral("the array's group is a link to somewhere else"));
+    Hdf5Form::ExpectSoundGroup(parent, info.u.address);
     return Owned(H5Gopen2(parent, link.constData(), H5P_DEFAULT), &H5Gclose,
                  "the array's group can't be opened");
 }

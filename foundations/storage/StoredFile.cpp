@@ -1,6 +1,7 @@
 #include "foundations/storage/StoredFile_p.h"
 
 #include "foundations/storage/Hdf5CatalogueIo_p.h"
+#include "foundations/storage/Hdf5Form_p.h"
 #include "foundations/storage/StorageError_p.h"
 
 #include <QFile>
@@ -38,19 +39,6 @@ void ExpectReadable(int descriptor)
     // A file system without locks is no obstacle.
     if (::flock(descriptor, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK)
         throw StorageError(QStringLiteral("can't be opened: another program is writing it"));
-}
-
-// The signature stands at the start, or behind a user block whose length is a power of two.
-bool HasSignature(int descriptor)
-{
-    static const char signature[] = {'\x89', 'H', 'D', 'F', '\r', '\n', '\x1a', '\n'};
-    char bytes[sizeof signature];
-    for (off_t at = 0; ::pread(descriptor, bytes, sizeof bytes, at) == sizeof bytes;
-         at = at == 0 ? 512 : 2 * at) {
-        if (std::memcmp(bytes, signature, sizeof bytes) == 0)
-            return true;
-    }
-    return false;
 }
 
 } // namespace
@@ -103,6 +91,7 @@ StoredFile::~StoredFile()
 
 void StoredFile::OpenHdf5()
 {
+    Hdf5Form::ExpectSound(m_descriptor.Get());
     m_driver.emplace(m_descriptor.Get());
     const Hdf5Handle access = Owned(H5Pcreate(H5P_FILE_ACCESS), &H5Pclose, "HDF5 is out of order");
     H5Pset_fclose_degree(access.Id(), H5F_CLOSE_STRONG);
@@ -110,12 +99,8 @@ void StoredFile::OpenHdf5()
         throw StorageError(QStringLiteral("can't be opened: ") + Hdf5Session::LastError());
     m_file =
         Hdf5Handle(H5Fopen(QFile::encodeName(m_path).constData(), H5F_ACC_RDONLY, access.Id()), &H5Fclose);
-    if (m_file.IsValid())
-        return;
-    const QString reason = Hdf5Session::LastError();
-    if (!HasSignature(m_descriptor.Get()))
-        throw StorageError(QStringLiteral("is not an HDF5 file"));
-    throw StorageError(QStringLiteral("can't be opened: ") + reason);
+    if (!m_file.IsValid())
+        throw StorageError(QStringLiteral("can't be opened: ") + Hdf5Session::LastError());
 }
 
 hid_t StoredFile::Group(std::size_t folder) const

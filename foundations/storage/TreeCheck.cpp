@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <new>
 #include <vector>
 
 namespace Orrery {
@@ -26,8 +25,10 @@ std::uint64_t BytesOf(const BVariant& value)
 
 } // namespace
 
-TreeCheck::TreeCheck(const DataFileCheck::Report& report, const DataFileCheck::Progress& progress)
-    : m_report(report)
+TreeCheck::TreeCheck(const QString& filePath, const DataFileCheck::Report& report,
+                     const DataFileCheck::Progress& progress)
+    : m_filePath(filePath)
+    , m_report(report)
     , m_progress(progress)
 {
 }
@@ -79,8 +80,6 @@ void TreeCheck::LookAtValue(const SimpleProperty& simple)
     QString reason;
     try {
         ReadArray(value);
-    } catch (const std::bad_alloc&) {
-        reason = QStringLiteral("not enough memory to read the array");
     } catch (const std::exception& error) {
         reason = QString::fromUtf8(error.what());
     }
@@ -123,11 +122,10 @@ void TreeCheck::LookAtReference(const PropertyReference& reference)
 void TreeCheck::Tell(DataFileCheck::Severity severity, const AbstractProperty& node, const QString& text)
 {
     QString line = OneLine(text);
-    const QString path = node.GetFullPath();
-    const QString beginning = path + QStringLiteral(": ");
-    const int at = line.indexOf(beginning); // an array names its file before it
-    if (at >= 0)
-        line.remove(0, at + beginning.size());
+    const QString path = OneLine(node.GetFullPath());
+    const QString beginning = OneLine(m_filePath) + QStringLiteral(": ") + path + QStringLiteral(": ");
+    if (line.startsWith(beginning))
+        line.remove(0, beginning.size());
     m_report({severity, path, line});
 }
 

@@ -17,7 +17,8 @@ class TreeCheck
 {
 public:
     /// `report` must outlive the check; `progress` may be empty.
-    TreeCheck(const DataFileCheck::Report& report, const DataFileCheck::Progress& progress);
+    TreeCheck(const QString& filePath, const DataFileCheck::Report& report,
+              const DataFileCheck::Progress& progress);
 
     /// Look at everything below `root`, and count it in `*summary`.
     void Look(const PropertyObject& root, DataFileCheck::Summary* summary);
@@ -30,6 +31,7 @@ private:
     void ReadArray(const BVariant& array);
     void Tell(DataFileCheck::Severity severity, const AbstractProperty& node, const QString& text);
 
+    QString m_filePath;
     const DataFileCheck::Report& m_report;
     const DataFileCheck::Progress& m_progress;
     std::uint64_t m_done = 0;

@@ -87,6 +87,7 @@ void addCommands(CLI::App& program, Action* action)
     addLsCommand(program, action);
     addPlotCommand(program, action);
     addShowCommand(program, action);
+    addRepackCommand(program, action);
     addVerifyCommand(program, action);
     addWatchCommand(program, action);
     addUnitsCommand(program, action);

@@ -23,6 +23,7 @@ void addImportCommand(CLI::App& program, Action* action);
 void addJoinCommand(CLI::App& program, Action* action);
 void addLsCommand(CLI::App& program, Action* action);
 void addPlotCommand(CLI::App& program, Action* action);
+void addRepackCommand(CLI::App& program, Action* action);
 void addShowCommand(CLI::App& program, Action* action);
 void addUnitsCommand(CLI::App& program, Action* action);
 void addVerifyCommand(CLI::App& program, Action* action);

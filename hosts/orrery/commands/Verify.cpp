@@ -29,9 +29,9 @@ or for want of memory, is an error of the file. Nothing is written.
 Each finding is one line with the path at which it stands. Errors are what can't
 be read: the structure, arrays whose bytes don't fit their checksums, objects
 that would lead other programs out of the file. Warnings are what keeps nobody
-from reading the tree: references that lead nowhere, in this file or into
-another one, datasets and links that the tree doesn't know, unreadable
-attributes. With --strict they count like errors.
+from reading the tree: references that lead nowhere, here or in another file,
+datasets and links that the tree doesn't know, attributes that can't be read.
+With --strict they count like errors.
 
 The last line of a file tells whether it is sound. With --quiet a file gets
 lines only for what makes it unsound.

@@ -72,8 +72,10 @@ class Catalogue:
         record = self.value_bytes(row)
         numbers = list(struct.unpack("<%dQ" % (len(record) // 8), record))
         rank = numbers[0]
-        dimensions, (layout, stored, count) = numbers[1:1 + rank], numbers[1 + rank:4 + rank]
-        sums = numbers[4 + rank:]
+        dimensions, (layout, stored), rest = numbers[1:1 + rank], numbers[1 + rank:3 + rank], numbers[3 + rank:]
+        if layout == POOLED:
+            rest = rest[1:]  # where the array begins in the pool
+        count, sums = rest[0], rest[1:]
         if len(sums) != count:
             raise ValueError("the record's length doesn't fit its number of checksums")
         return dimensions, layout, stored, sums

@@ -1008,6 +1008,42 @@ def compressed_other_numbers(file):
     set_compressed(file, (2, 3))[...] = NUMBERS + 1
 
 
+@case("other filters than shuffle and deflate")
+def compressed_by_nothing(file):
+    set_compressed(file, (1, 3), compression=None, shuffle=False)
+
+
+@case("the arrays are longer than the file")
+def compressed_endless_without_a_chunk(file):
+    del file["a"]
+    file.create_dataset("a", shape=(2**36,), dtype="f8", chunks=(2**19,), compression="gzip", shuffle=True)
+    catalogue = Catalogue(file)
+    catalogue.set_array(A, [2**36], COMPRESSED, 2**39, [0] * (2**39 // catalogue_file.BLOCK))
+    catalogue.store()
+
+
+@case(SOUND)
+def pooled_where_another_array_is(file):
+    pool(file)
+    set_pooled(file, 7)
+    catalogue = Catalogue(file)
+    for field in ("element", "value"):
+        catalogue.rows[B][field] = catalogue.rows[A][field]
+    catalogue.store()
+
+
+@case("/a: ")
+def pooled_in_a_group(file):
+    file.create_group("catalogue-pool")
+    set_pooled(file, 0)
+
+
+@case("the array's dataset is a link to somewhere else")
+def pooled_in_a_system_file(file):
+    file["catalogue-pool"] = h5py.ExternalLink("/etc/passwd", "/")
+    set_pooled(file, 0)
+
+
 # ---- Trees that are well-formed but absurd
 
 def reference_record(*texts):
@@ -1081,19 +1117,54 @@ def hdf5_file_of_somebody_else(base, path):
         file["x"] = numpy.arange(10)
 
 
-@whole_file(EITHER)
+@whole_file("begins with a user block, which no data file does")
 def user_block_in_front(base, path):
     with open(base, "rb") as file, open(path, "wb") as forged:
         forged.write(bytes(512) + file.read())
 
 
-@whole_file(EITHER)
+@whole_file("begins with a user block, which no data file does")
 def other_bytes_in_front(base, path):
     with open(base, "rb") as file, open(path, "wb") as forged:
         forged.write(b"#!/bin/sh\n".ljust(2048, b"#") + file.read())
 
 
-@whole_file("")
+OTHER_FORM = "is an HDF5 file in another form than that of HDF5 1.8"
+
+
+@whole_file(OTHER_FORM)
+def all_in_the_form_of_hdf5_1_6(base, path):
+    """Nothing in it has a checksum of HDF5's."""
+    with h5py.File(base) as file, h5py.File(path, "w", libver="earliest") as old:
+        for name in file:
+            file.copy(name, old)
+
+
+@whole_file("/f/g/x: the array's group is in another form than that of HDF5 1.8")
+def header_of_a_group_in_another_form(base, path):
+    with h5py.File(base) as file:
+        address = h5py.h5o.get_info(file["f/g"].id).addr
+    with open(base, "rb") as file, open(path, "wb") as forged:
+        data = file.read()
+        assert data[address:address + 4] == b"OHDR"
+        forged.write(data[:address] + b"\1\0\0\0" + data[address + 4:])
+
+
+@whole_file("can't be opened: its root group is damaged")
+def root_group_elsewhere(base, path):
+    with open(base, "rb") as file, open(path, "wb") as forged:
+        data = file.read()
+        forged.write(data[:36] + (2**63 - 1).to_bytes(8, "little") + data[44:])
+
+
+@whole_file(OTHER_FORM)
+def addresses_from_elsewhere(base, path):
+    with open(base, "rb") as file, open(path, "wb") as forged:
+        data = file.read()
+        forged.write(data[:12] + (512).to_bytes(8, "little") + data[20:])
+
+
+@whole_file(OTHER_FORM)
 def signature_alone(base, path):
     with open(path, "wb") as file:
         file.write(b"\x89HDF\r\n\x1a\n")
@@ -1153,7 +1224,7 @@ def flipped(data, stretch=4096):
 def forge(base, path, make):
     """Make a copy of the sound file and let `make` forge it."""
     shutil.copyfile(base, path)
-    file = h5py.File(path, "r+", libver=("earliest", "latest"))
+    file = h5py.File(path, "r+", libver=("v108", "latest"))
     try:
         make(file)
     finally:
@@ -1173,7 +1244,7 @@ def make_all(base, folder):
         yield name, path, reason
 
 
-def make_seeds(base, folder, largest=16_000):
+def make_seeds(base, folder, largest=12_000):
     """The forgeries that a fuzzer starts from: small regular files, one for each way to be wrong."""
     os.makedirs(folder, exist_ok=True)
     for _, path, _ in make_all(base, folder):
