@@ -264,6 +264,10 @@ void Catalogue::Check() const
         throw StorageError(QStringLiteral("the catalogue has no root"));
     Walk walk{std::vector<std::uint16_t>(rows.size(), 0), std::vector<std::uint32_t>(rows.size(), 0)};
     m_texts.clear();
+    m_names.clear();
+    m_types.clear();
+    m_names.reserve(rows.size());
+    m_types.reserve(rows.size());
     m_unclaimed = static_cast<std::uint64_t>(heap.size());
     for (std::size_t i = 0; i < rows.size(); ++i) {
         try {
@@ -278,8 +282,8 @@ void Catalogue::Check() const
 void Catalogue::CheckRow(std::size_t index, Walk* walk) const
 {
     const Row& row = rows[index];
-    Shared(row.type, row.typeSize);
-    const QString name = Shared(row.name, row.nameSize);
+    m_types.push_back(Shared(row.type, row.typeSize));
+    m_names.push_back(Shared(row.name, row.nameSize));
     if (row.kind > KindReference || row.ordering > 1 || row.cellArray > 1 || row.reserved != 0)
         throw StorageError(QStringLiteral("a field has a value that has no meaning"));
 
@@ -300,7 +304,7 @@ void Catalogue::CheckRow(std::size_t index, Walk* walk) const
             throw StorageError(QStringLiteral("the tree is too deep"));
         const std::uint32_t before =
             std::exchange(walk->lastChild[row.parent], static_cast<std::uint32_t>(index));
-        if (before != 0 && !(Name(rows[before]) < name))
+        if (before != 0 && !(m_names[before] < m_names[index]))
             throw StorageError(
                 QStringLiteral("the names of a folder's children aren't distinct and in order"));
     }
@@ -396,12 +400,22 @@ QString Catalogue::Shared(std::uint64_t offset, std::uint64_t size) const
 
 QString Catalogue::Name(const Row& row) const
 {
-    return Shared(row.name, row.nameSize);
+    const std::size_t index = CheckedIndex(row);
+    return index < m_names.size() ? m_names[index] : Shared(row.name, row.nameSize);
 }
 
 QString Catalogue::Type(const Row& row) const
 {
-    return Shared(row.type, row.typeSize);
+    const std::size_t index = CheckedIndex(row);
+    return index < m_types.size() ? m_types[index] : Shared(row.type, row.typeSize);
+}
+
+// The place of a row in the table; past it for one that stands elsewhere, or when nothing has been checked.
+std::size_t Catalogue::CheckedIndex(const Row& row) const
+{
+    const auto first = reinterpret_cast<std::uintptr_t>(rows.data());
+    const auto at = reinterpret_cast<std::uintptr_t>(&row);
+    return at < first ? rows.size() : (at - first) / sizeof(Row);
 }
 
 std::string Catalogue::Text(const Row& row) const

@@ -90,6 +90,7 @@ private:
     void Claim(std::uint64_t size) const;
     QByteArray ClaimedBytes(const CatalogueFormat::Row& row) const;
     QString Shared(std::uint64_t offset, std::uint64_t size) const;
+    std::size_t CheckedIndex(const CatalogueFormat::Row& row) const;
 
     struct SharedText
     {
@@ -101,6 +102,8 @@ private:
     /// Bytes of the heap that no row has named yet; only a check sets the limit.
     static constexpr std::uint64_t s_unlimited = UINT64_MAX;
     mutable std::uint64_t m_unclaimed = s_unlimited;
+    mutable std::vector<QString> m_names;             ///< of each row that has been checked
+    mutable std::vector<QString> m_types;             ///< the same
     mutable QHash<std::uint64_t, SharedText> m_texts; ///< while reading: one QString for equal names
 };
 
