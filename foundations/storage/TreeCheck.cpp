@@ -23,6 +23,18 @@ std::uint64_t BytesOf(const BVariant& value)
     return value.elementCount() * ElementTypes::Size(value.getWellKnownType().code());
 }
 
+// What keeps an array from being read; empty if nothing does. What listeners throw must not pass through here.
+template <class Operation>
+QString ReasonUnread(Operation operation)
+{
+    try {
+        operation();
+        return QString();
+    } catch (const std::exception& error) {
+        return QString::fromUtf8(error.what());
+    }
+}
+
 } // namespace
 
 TreeCheck::TreeCheck(const QString& filePath, const DataFileCheck::Report& report,
@@ -77,35 +89,31 @@ void TreeCheck::LookAtValue(const SimpleProperty& simple)
     if (value.isNull() || value.isScalar())
         return; // read with the structure
     const std::uint64_t end = m_done + BytesOf(value);
-    QString reason;
-    try {
-        ReadArray(value);
-    } catch (const std::exception& error) {
-        reason = QString::fromUtf8(error.what());
-    }
+    const QString reason = ReadArray(value);
     m_done = end;
     if (!reason.isEmpty())
         Tell(DataFileCheck::Error, simple, reason);
 }
 
 // Piece by piece into one buffer, so that an array needs not fit the memory.
-void TreeCheck::ReadArray(const BVariant& array)
+QString TreeCheck::ReadArray(const BVariant& array)
 {
     const std::uint64_t size = ElementTypes::Size(array.getWellKnownType().code());
     const std::uint64_t count = array.elementCount();
-    if (size == 0 || count == 0) {
-        array.constData(); // texts
-        return;
-    }
+    if (size == 0 || count == 0)
+        return ReasonUnread([&] { array.constData(); }); // texts
     const std::uint64_t step = CatalogueFormat::ChecksumBlock / size;
     std::vector<char> buffer(std::min(step, count) * size);
     for (std::uint64_t at = 0; at < count; at += step) {
         const std::uint64_t run = std::min(step, count - at);
-        copyElements(array, at, run, buffer.data());
+        const QString reason = ReasonUnread([&] { copyElements(array, at, run, buffer.data()); });
+        if (!reason.isEmpty())
+            return reason;
         m_done += run * size;
         if (m_progress)
             m_progress(m_done, m_all);
     }
+    return QString();
 }
 
 void TreeCheck::LookAtReference(const PropertyReference& reference)

@@ -28,7 +28,7 @@ private:
     void LookBelow(const PropertyObject& folder);
     void LookAtValue(const SimpleProperty& simple);
     void LookAtReference(const PropertyReference& reference);
-    void ReadArray(const BVariant& array);
+    QString ReadArray(const BVariant& array);
     void Tell(DataFileCheck::Severity severity, const AbstractProperty& node, const QString& text);
 
     QString m_filePath;
