@@ -208,7 +208,7 @@ SourceFile::Progress halfOf(const SourceFile::Progress& progress, bool isSecond)
 
 } // namespace
 
-CsvTable readCsv(const std::string& path, const CsvOptions& options, SourceFile::Progress progress)
+CsvTable readCsv(const std::string& path, const CsvOptions& options, const SourceFile::Progress& progress)
 {
     std::vector<Target> targets;
     std::uint64_t records = 0;

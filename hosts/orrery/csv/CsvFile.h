@@ -44,6 +44,7 @@ struct CsvTable
 /// Edge:   the type of a column is that of CsvTypes; an empty cell is NaN among numbers. Complex columns are double.
 /// Cost:   two passes through the file, the first of which finds the types; memory is what the values take, and the
 ///         longest record.
-CsvTable readCsv(const std::string& path, const CsvOptions& options, SourceFile::Progress progress = {});
+CsvTable readCsv(const std::string& path, const CsvOptions& options,
+                 const SourceFile::Progress& progress = {});
 
 } // namespace Orrery::Host

@@ -274,6 +274,7 @@ NetcdfVariable NetcdfFile::addVariable(const std::string& name,
                                        NumberPart part)
 {
     std::vector<hsize_t> shape;
+    shape.reserve(dimensions.size());
     for (const NetcdfDimension& dimension : dimensions)
         shape.push_back(dimension.length);
     NetcdfVariable variable = makeDataset(uniqueName(name), std::move(shape), type, part);

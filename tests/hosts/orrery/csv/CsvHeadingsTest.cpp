@@ -98,7 +98,8 @@ TEST(CsvHeadings, JoinAWholeArrayInItsOrder)
     EXPECT_EQ(joined({"m[0]", "m[1]", "m"}), (Variables{{"m", 2}, {"m", 1}}));
     EXPECT_EQ(joined({"m[4294967295,4294967295,4294967295]"}),
               (Variables{{"m[4294967295,4294967295,4294967295]", 1}}));
-    EXPECT_EQ(joined({"[0].re", "[0].im"}), (Variables{{"[0]", 2}})); // a name needs something besides indices
+    EXPECT_EQ(joined({"[0].re", "[0].im"}),
+              (Variables{{"[0]", 2}})); // a name needs something besides indices
 }
 
 TEST(CsvHeadings, TellTheShapeOfAnArray)
