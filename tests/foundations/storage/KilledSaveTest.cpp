@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <csignal>
 #include <functional>
+#include <iterator>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -29,6 +30,14 @@ namespace {
 
 // The system calls of a save, by their numbers, in order; the last one may be the one that wasn't made.
 using SystemCalls = std::vector<long>;
+
+// These change nothing on the disk, and a process makes more or fewer of them from run to run.
+bool IsForMemory(long call)
+{
+    const long calls[] = {SYS_brk,     SYS_mmap,     SYS_munmap, SYS_mremap,
+                          SYS_madvise, SYS_mprotect, SYS_futex,  SYS_sched_yield};
+    return std::find(std::begin(calls), std::end(calls), call) != std::end(calls);
+}
 
 // A child that runs `body` under the eye of this process, from a stop that it makes by itself to its end.
 class TracedProcess
@@ -71,7 +80,9 @@ public:
             if (isEntry) {
                 __ptrace_syscall_info info = {};
                 ::ptrace(PTRACE_GET_SYSCALL_INFO, m_child, sizeof info, &info);
-                calls.push_back(static_cast<long>(info.entry.nr));
+                const auto call = static_cast<long>(info.entry.nr);
+                if (!IsForMemory(call))
+                    calls.push_back(call);
                 if (calls.size() > number) {
                     ::kill(m_child, SIGKILL);
                     Wait();
@@ -146,8 +157,7 @@ protected:
         const SystemCalls calls = SaveUpTo(number, &ended);
         const auto last = ended ? calls.end() : calls.end() - 1; // the last one wasn't made
         ASSERT_EQ(Edition(), std::find(calls.begin(), last, m_rename) != last ? 2 : 1);
-        m_killed +=
-            ended ? 0 : 1; // a process asks for memory more or less often, so that one may end earlier
+        m_killed += ended ? 0 : 1;
         const auto file = Open(m_path, DataFile::ReadWrite);
         BuildEdition(*file->GetRoot(), 1, m_folders);
         ASSERT_EQ(TrySave(*file).why, QString());
@@ -194,15 +204,15 @@ TEST_F(KilledSave, OfASmallTreeIsAtomicAtEverySystemCall)
     ASSERT_GT(calls, 20U);
     for (std::size_t i = 0; i < calls && !HasFatalFailure(); ++i)
         ExpectGoodAfter(i);
-    EXPECT_GE(m_killed + 3, calls);
+    EXPECT_GE(m_killed + 1, calls);
 }
 
 TEST_F(KilledSave, OfALargerTreeIsAtomicAtEveryTwentiethSystemCallAndAtTheFirstOfEachKind)
 {
-    m_folders = 600;
+    m_folders = 400;
     MakeOld();
     const SystemCalls calls = AllCalls();
-    ASSERT_GT(calls.size(), 400U);
+    ASSERT_GT(calls.size(), 300U);
     std::set<std::size_t> numbers;
     std::set<long> kinds;
     for (std::size_t i = 0; i < calls.size(); ++i) {
@@ -214,7 +224,7 @@ TEST_F(KilledSave, OfALargerTreeIsAtomicAtEveryTwentiethSystemCallAndAtTheFirstO
         if (HasFatalFailure())
             return;
     }
-    EXPECT_GE(m_killed + 6, numbers.size());
+    EXPECT_GE(m_killed + 1, numbers.size());
 }
 
 } // namespace Orrery::StorageTest
