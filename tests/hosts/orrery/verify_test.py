@@ -6,6 +6,7 @@ usage: verify_test.py ORRERY SOURCE_FOLDER [unittest arguments]
 """
 
 import os
+import pty
 import re
 import resource
 import shutil
@@ -28,7 +29,7 @@ SAMPLE = os.path.join(SOURCES, "hosts/orrery/samples/diode.raw")
 
 sys.path.insert(0, os.path.join(SOURCES, "tests/foundations/storage"))
 import make_hostile_files  # noqa: E402
-from catalogue_file import COMPRESSED, PADDED, POOLED, Catalogue, checksums  # noqa: E402
+from catalogue_file import COMPRESSED, PADDED, PLAIN, POOLED, Catalogue, checksums  # noqa: E402
 from make_hostile_files import SOUND, A, R, contiguous, forge, reference_record  # noqa: E402
 
 with open(ORRERY, "rb") as program:
@@ -401,6 +402,47 @@ class Repack(VerifyTest):
                           ["in.h5", "out.h5", "--compress", "-1"], ["in.h5", "out.h5", "--compress", "x"]):
             self.assertIn("try 'orrery repack --help'", self.refused(*arguments, code=2))
         self.assertEqual(self.refused("missing.h5", "out.h5"), "missing.h5: No such file or directory")
+
+
+class Progress(VerifyTest):
+    def large(self):
+        """A file with an array of 16 MB."""
+        def change(file):
+            numbers = numpy.arange(2_000_000.0)
+            del file["a"]
+            contiguous(file, "/a", h5py.h5t.IEEE_F64LE, numbers.shape, numbers)
+            catalogue = Catalogue(file)
+            catalogue.set_array(A, numbers.shape, PLAIN, numbers.nbytes, checksums(numbers.tobytes()))
+            catalogue.store()
+        return self.small("large.h5", change)
+
+    def on_a_terminal(self, *arguments):
+        """What a person sees on standard error."""
+        leader, follower = pty.openpty()
+        result = subprocess.run([ORRERY, *arguments], cwd=self.folder, stdout=subprocess.PIPE, stderr=follower,
+                                timeout=60)
+        os.close(follower)
+        seen = b""
+        try:
+            while piece := os.read(leader, 4096):
+                seen += piece
+        except OSError:  # the end, on a terminal that nobody has open any more
+            pass
+        os.close(leader)
+        self.assertEqual(result.returncode, 0)
+        return seen.decode()
+
+    def test_a_long_work_shows_how_far_it_is(self):
+        name = self.large()
+        for arguments, shown in ((["verify", name], [name]), (["repack", name, "out.h5"], [name, "out.h5"])):
+            seen = self.on_a_terminal(*arguments)
+            for file in shown:
+                self.assertIn(f"orrery: {file}: 100 %", seen)
+            self.assertTrue(seen.endswith("\r\033[K"), seen)
+            self.assertEqual(self.run_orrery(*arguments).stderr, b"")
+
+    def test_a_short_work_shows_nothing(self):
+        self.assertEqual(self.on_a_terminal("verify", self.small()), "")
 
 
 class Usage(VerifyTest):
