@@ -86,6 +86,7 @@ public:
     ///
     /// Errors: as Save; also ER_ALREADY_EXISTS while another open data file has that path. Path and mode stay
     ///         what they were, also when Save throws.
+    /// Threads: waits while another thread opens or saves a data file.
     ERESULT SaveAs(const QString& path, QString* why = nullptr);
 
     /// The root folder; null after Close. Owned by this file while OwnsFileContents() is set.
