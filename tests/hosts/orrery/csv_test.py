@@ -18,6 +18,8 @@ import numpy as np
 
 ORRERY = os.path.abspath(sys.argv.pop(1))
 sys.argv.pop(1)
+with open(ORRERY, "rb") as program:
+    IS_SANITIZED = b"__asan_init" in program.read()
 
 
 class CsvTest(unittest.TestCase):
@@ -231,7 +233,9 @@ class SizeTest(CsvTest):
         self.write("t [s],v [V],n\n1,2,3\n", "small.csv")
         small = self.peak("small.csv")
         values = 3 * 8 * records
-        self.assertLess(self.peak("x.csv") - small, 1.1 * values + (16 << 20))
+        # the address sanitizer keeps what was freed, up to 256 MiB, and notes beside what is in use
+        limit = 2 * values + (320 << 20) if IS_SANITIZED else 1.1 * values + (16 << 20)
+        self.assertLess(self.peak("x.csv") - small, limit)
         with h5py.File(self.path("x.h5"), "r") as file:
             self.assertEqual(file["x/table/n/Data"][-1], records - 1)
             np.testing.assert_array_equal(file["x/table/v/Data"][()], np.arange(records) % 977 + 0.25)
