@@ -34,7 +34,7 @@ const char s_help[] = R"(OUT gets the whole tree of IN, bit for bit, stored in a
 read and tested before; one that is damaged ends it, and OUT stays as it was.
 What no option tells stays as it is in IN.
 
---compress 1 is fast, 9 small; arrays of less than 1 MiB and texts aren't
+--compress 1 is fast, 9 small; arrays of less than 64 KiB and texts aren't
 compressed, and 0 undoes it. --packed stores small arrays together, for files
 that only this program reads: other HDF5 tools see them as bytes.
 
@@ -136,12 +136,14 @@ void addRepackCommand(CLI::App& program, Action* action)
             ->type_name("LEVEL")
             ->check(CLI::Range(0, 9));
     CLI::Option* const packed =
-        command->add_flag("--packed,!--no-packed", options->isPacked, "Store small arrays together");
+        command->add_flag("--packed", options->isPacked, "Store small arrays together");
+    CLI::Option* const unpacked =
+        command->add_flag("--no-packed", "Store each array by itself")->excludes(packed);
     command->add_flag("-f,--force", options->force, "Replace OUT even if it is not an HDF5 file");
     command->footer(s_help);
-    command->callback([options, action, level, packed] {
+    command->callback([options, action, level, packed, unpacked] {
         options->hasLevel = level->count() > 0;
-        options->hasPacked = packed->count() > 0;
+        options->hasPacked = packed->count() + unpacked->count() > 0;
         *action = [options](Output& out) { repack(*options, out); };
     });
 }
