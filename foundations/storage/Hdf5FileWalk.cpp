@@ -16,7 +16,7 @@ namespace {
 constexpr int s_deepest = 1001;
 
 // An attribute of more bytes stands outside its object's header; none of ours does.
-constexpr std::uint64_t s_longestAttribute = 64U * 1024U;
+constexpr std::uint64_t s_longestAttribute = std::uint64_t(64) * 1024;
 
 extern "C" herr_t OrreryKeepName(hid_t /*object*/, const char* name, const void* /*info*/, void* names)
 {

@@ -106,7 +106,7 @@ QString TreeCheck::ReadArray(const BVariant& array)
     std::vector<char> buffer(std::min(step, count) * size);
     for (std::uint64_t at = 0; at < count; at += step) {
         const std::uint64_t run = std::min(step, count - at);
-        const QString reason = ReasonUnread([&] { copyElements(array, at, run, buffer.data()); });
+        QString reason = ReasonUnread([&] { copyElements(array, at, run, buffer.data()); });
         if (!reason.isEmpty())
             return reason;
         m_done += run * size;
