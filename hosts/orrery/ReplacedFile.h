@@ -5,7 +5,10 @@
 namespace Orrery::Host {
 
 /// A new file that takes another one's place in one step, whole or not at all. Unlike QSaveFile it has a name from the
-/// start, for libraries that want to open it themselves.
+/// start, for libraries that want to open it themselves. An interruption from the keyboard, or another request to end the
+/// program, removes it first.
+///
+/// Edge: one at a time.
 class ReplacedFile
 {
 public:

@@ -10,6 +10,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 import h5py
@@ -108,6 +109,31 @@ class SaveTest(unittest.TestCase):
             if after != before:
                 with h5py.File(out, "r") as file:
                     self.assertEqual(file["large/tran1/v(out)/Data"][-1], 2.0 * POINTS - 1)
+        os.remove(out)
+
+    def test_an_interrupted_export_leaves_nothing_behind(self):
+        for name in ("out5.csv", "out5.nc"):
+            for request in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+                out = os.path.join(self.folder, name)
+                process = subprocess.Popen([ORRERY, "export", self.good, "large/tran1/v(out)", "-o", out])
+                while process.poll() is None and not self.names():
+                    time.sleep(0.001)
+                process.send_signal(request)
+                code = process.wait()
+                self.assertIn(code, (0, -request))
+                self.assertIn(self.names(), ([name],) if code == 0 else ([], [name]), "whole or not there")
+                if os.path.exists(out):
+                    os.remove(out)
+
+    def test_an_export_without_a_terminal_goes_on_when_that_closes(self):
+        out = os.path.join(self.folder, "out6.csv")
+        process = subprocess.Popen(["nohup", ORRERY, "export", self.good, "large/tran1/v(out)", "-o", out],
+                                   stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        while process.poll() is None and not self.names():
+            time.sleep(0.001)
+        process.send_signal(signal.SIGHUP)
+        self.assertEqual(process.wait(), 0)
+        self.assertEqual(self.names(), ["out6.csv"])
         os.remove(out)
 
     def test_a_copy_of_damaged_data_is_a_failure(self):
