@@ -54,16 +54,30 @@ enum class LockResult
 };
 
 // One byte that no file reaches.
-LockResult Lock(const ReplacementFile::OpenFile& file)
+struct flock LockOf(short type)
 {
     struct flock lock = {};
-    lock.l_type = F_WRLCK;
+    lock.l_type = type;
     lock.l_whence = SEEK_SET;
     lock.l_start = off_t(1) << 62U;
     lock.l_len = 1;
+    return lock;
+}
+
+LockResult Lock(const ReplacementFile::OpenFile& file)
+{
+    struct flock lock = LockOf(F_WRLCK);
     if (::fcntl(file.Get(), F_OFD_SETLK, &lock) == 0)
         return LockResult::Taken;
     return errno == EAGAIN || errno == EACCES ? LockResult::TakenBySomebodyElse : LockResult::NoLocksHere;
+}
+
+// Closing wouldn't do: a process that was forked during the save has the file open too, for as long as it lives.
+void Unlock(const ReplacementFile::OpenFile& file)
+{
+    struct flock lock = LockOf(F_UNLCK);
+    if (file.IsOpen())
+        ::fcntl(file.Get(), F_OFD_SETLK, &lock);
 }
 
 // The same for the same target, whoever saves it. A long name keeps its beginning, cut before a character, and gets its
@@ -212,6 +226,8 @@ ReplacementFile::~ReplacementFile()
 {
     if (m_isNamed && StandsAtItsName(m_descriptor))
         ::unlinkat(m_folder.Get(), m_name.constData(), 0);
+    Unlock(m_descriptor);
+    Unlock(m_target);
 }
 
 void ReplacementFile::Commit()

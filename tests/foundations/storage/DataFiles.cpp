@@ -36,6 +36,12 @@ Node* Insert(PropertyObject& parent, std::unique_ptr<Node> node)
 } // namespace
 
 ScratchFolder::ScratchFolder()
+    : ScratchFolder(QDir::tempPath())
+{
+}
+
+ScratchFolder::ScratchFolder(const QString& parent)
+    : m_folder(QDir(parent).filePath(QStringLiteral("storage-test-XXXXXX")))
 {
     if (!m_folder.isValid())
         throw std::runtime_error("no temporary folder");

@@ -24,6 +24,9 @@ class ScratchFolder
 public:
     ScratchFolder();
 
+    /// In this folder and not in the system's own for temporary files.
+    explicit ScratchFolder(const QString& parent);
+
     QString Path(const QString& name) const;
 
     /// The names of what lies in it, hidden files included, sorted.

@@ -72,6 +72,7 @@ public:
         if (::pipe2(m_toParent, O_CLOEXEC) != 0 || ::pipe2(m_toChild, O_CLOEXEC) != 0)
             throw std::runtime_error("no pipes");
         m_child = StartChild([&] {
+            CloseEnd(&m_toChild[1]);
             const auto file = Open(path, mode);
             BuildEdition(*file->GetRoot(), 2);
             bool isFirst = true;
@@ -84,16 +85,16 @@ public:
             });
             return file->Save() < 0 ? 1 : 0;
         });
+        CloseEnd(&m_toParent[1]); // or the end of the other process would never be seen here
         char byte = 0;
-        if (::read(m_toParent[0], &byte, 1) != 1)
-            throw std::runtime_error("the other process doesn't save");
+        if (::read(m_toParent[0], &byte, 1) == 1)
+            return;
+        const int end = EndOfChild(m_child);
+        CloseAll();
+        throw std::runtime_error("the other process doesn't save, and ended with " + std::to_string(end));
     }
 
-    ~SaveInAnotherProcess()
-    {
-        for (const int descriptor : {m_toParent[0], m_toParent[1], m_toChild[0], m_toChild[1]})
-            ::close(descriptor);
-    }
+    ~SaveInAnotherProcess() { CloseAll(); }
     SaveInAnotherProcess(const SaveInAnotherProcess&) = delete;
     SaveInAnotherProcess& operator=(const SaveInAnotherProcess&) = delete;
 
@@ -111,6 +112,19 @@ public:
     }
 
 private:
+    static void CloseEnd(int* descriptor)
+    {
+        if (*descriptor >= 0)
+            ::close(*descriptor);
+        *descriptor = -1;
+    }
+
+    void CloseAll()
+    {
+        for (int* const descriptor : {&m_toParent[0], &m_toParent[1], &m_toChild[0], &m_toChild[1]})
+            CloseEnd(descriptor);
+    }
+
     int m_toParent[2] = {-1, -1};
     int m_toChild[2] = {-1, -1};
     pid_t m_child = -1;
@@ -136,6 +150,12 @@ TEST_F(SaveLock, RefusesASecondProcessAtOnceAndLetsTheFirstOneFinish)
     EXPECT_EQ(m_folder.Names(), QStringList{QStringLiteral("tree.h5")});
     EXPECT_EQ(TrySaveEdition(m_path, 3).code, ER_SUCCESS);
     EXPECT_EQ(EditionOnDisk(m_path), 3);
+}
+
+// The test program must not wait for ever for a process that is gone.
+TEST_F(SaveLock, IsTriedWithAProcessWhoseEndIsSeen)
+{
+    EXPECT_THROW(SaveInAnotherProcess(m_folder.Path(QStringLiteral("missing.h5"))), std::runtime_error);
 }
 
 TEST_F(SaveLock, RefusesASecondProcessForANewFileToo)
@@ -209,6 +229,25 @@ TEST_F(SaveLock, GoesWithAKilledProcess)
         EXPECT_EQ(EditionOnDisk(m_path), 10 + round);
         EXPECT_EQ(m_folder.Names(), QStringList{QStringLiteral("tree.h5")});
     }
+}
+
+// As of a host that starts workers by fork(): they have all files open that it had open.
+TEST_F(SaveLock, IsNotKeptByAProcessThatWasForkedDuringTheSave)
+{
+    const auto file = Open(m_path, DataFile::ReadWrite);
+    pid_t worker = -1;
+    file->SetSaveProgress([&](std::uint64_t, std::uint64_t) {
+        if (worker < 0)
+            worker = StartChild([] { return ::pause(); });
+        return true;
+    });
+    EXPECT_EQ(file->Save(), ER_SUCCESS);
+    file->SetSaveProgress([](std::uint64_t, std::uint64_t) { return false; });
+    EXPECT_TRUE(TrySave(*file).why.endsWith(QStringLiteral("the save was cancelled")));
+    file->SetSaveProgress({});
+    EXPECT_EQ(TrySave(*file).why, QString());
+    ASSERT_EQ(::kill(worker, SIGKILL), 0);
+    EXPECT_EQ(EndOfChild(worker), -SIGKILL);
 }
 
 // HDF5 itself locks what it opens, which must not get in the way of readers of the old or the new file.
