@@ -322,10 +322,8 @@ void Hdf5ArrayWriter::Fill(hid_t dataset, const char* data, std::uint64_t bytes,
         const std::uint64_t size = std::min(ChecksumBlock, bytes - at);
         record->checksums.push_back(Checksum(data + at, size));
         m_driver->Write(address + at, data + at, size);
-        m_meter->Advance(bytes == weight ? size : 0);
+        m_meter->Advance(size * weight / bytes); // texts take more bytes than they count for
     }
-    if (bytes != weight)
-        m_meter->Advance(weight);
 }
 
 void Hdf5ArrayWriter::CopyFrom(const StoredArray& stored, hid_t dataset, const ArrayRecord& record)

@@ -120,6 +120,25 @@ TEST_F(SaveProgress, GoesFromNothingToAllInSmallSteps)
     ExpectSaved();
 }
 
+TEST_F(SaveProgress, GoesInSmallStepsThroughTextsToo)
+{
+    for (const std::size_t longest : {100U, 70'000U}) { // padded, and end to end
+        SCOPED_TRACE(longest);
+        std::vector<std::string> texts(24 * s_mebibyte / longest, std::string(longest, 't'));
+        for (std::size_t i = 0; i < texts.size(); i += 2)
+            texts[i].resize(longest / 2);
+        const auto file = Open(m_folder.Path(QStringLiteral("texts.h5")), DataFile::Create);
+        AddValue(*file->GetRoot(), QStringLiteral("texts"), BVariant(std::move(texts)));
+        m_calls.clear();
+        file->SetSaveProgress(Recorder());
+        ASSERT_EQ(TrySave(*file).why, QString());
+        EXPECT_EQ(m_calls.back().first, m_calls.back().second);
+        EXPECT_GE(m_calls.back().second, 17 * s_mebibyte);
+        for (std::size_t i = 1; i < m_calls.size(); ++i)
+            EXPECT_LE(m_calls[i].first - m_calls[i - 1].first, 8 * s_mebibyte);
+    }
+}
+
 TEST_F(SaveProgress, IsToldBeforeTheFileIsReplaced)
 {
     m_file->SetSaveProgress([&](std::uint64_t /*done*/, std::uint64_t /*total*/) {
