@@ -29,6 +29,21 @@ QString UidOfOpenFile(const QString& path)
     return file ? file->GetFileUid() : QString();
 }
 
+// Whether a target that lives wouldn't be found again by what the reference tells of it. A path from the root of another
+// tree would be looked up in the own one, if there is no file to go with it.
+bool LeadsNowhere(const PropertyReference& reference, const QString& path, const QString& file)
+{
+    if (!path.isEmpty() && !(file.isEmpty() && path.startsWith(QLatin1Char('/'))))
+        return false;
+    const AbstractProperty* const target = reference.Resolve();
+    return target && (path.isEmpty() || target->GetRootProperty() != reference.GetRootProperty());
+}
+
+bool LeadsUp(const QString& relativePath)
+{
+    return relativePath.startsWith(QStringLiteral("../"));
+}
+
 } // namespace
 
 TreeWriter::TreeWriter(const QString& filePath)
@@ -111,24 +126,50 @@ void TreeWriter::WriteReference(const PropertyReference& reference, std::uint32_
     const std::size_t index = AddRow(reference, KindReference, parent);
     ReferenceRecord record;
     record.path = reference.ReferencePath();
-    if (record.path.isEmpty()) {
-        if (reference.Resolve())
-            qWarning().noquote().nospace() << "reference " << reference.GetFullPath()
-                                           << " can't tell its path and is saved as unresolved";
+    const QString file = reference.ReferenceFilePath();
+    if (LeadsNowhere(reference, record.path, file)) {
+        qWarning().noquote().nospace()
+            << "reference " << reference.GetFullPath() << " can't tell its path and is saved as unresolved";
         return;
     }
-    const QString file = reference.ReferenceFilePath();
+    if (record.path.isEmpty())
+        return;
     if (!file.isEmpty()) {
         PropertyReference::TargetFile known = reference.ReferenceFile();
         if (file != known.path && file != known.otherPath)
             known = PropertyReference::TargetFile{file, QString(), QString(), UidOfOpenFile(file)};
         const QString& absolute = known.otherPath.isEmpty() ? known.path : known.otherPath;
         record.absoluteFile = QFileInfo(absolute).absoluteFilePath();
-        record.relativeFile = m_folder.relativeFilePath(QFileInfo(known.path).absoluteFilePath());
+        record.relativeFile = RelativeFile(known.path);
         record.fileType = reference.ReferenceFileType();
         record.fileUid = known.uid;
     }
     catalogue.SetReference(&catalogue.rows[index], record);
+}
+
+// Many references in a row lead into one file.
+const QString& TreeWriter::RelativeFile(const QString& path)
+{
+    if (m_lastFile != path) {
+        m_lastFile = path;
+        m_lastRelative = FindRelativeFile(QFileInfo(path));
+    }
+    return m_lastRelative;
+}
+
+// What lies in one folder may be moved as one, so another file that lies in or below that of this file is named from
+// there, also where links make the two folders look like different ones.
+QString TreeWriter::FindRelativeFile(const QFileInfo& file) const
+{
+    QString relative = m_folder.relativeFilePath(file.absoluteFilePath());
+    if (!LeadsUp(relative))
+        return relative;
+    const QString folder = QFileInfo(file.absolutePath()).canonicalFilePath();
+    const QString ownFolder = m_folder.canonicalPath();
+    if (folder.isEmpty() || ownFolder.isEmpty())
+        return relative;
+    const QString direct = QDir(ownFolder).relativeFilePath(QDir(folder).filePath(file.fileName()));
+    return LeadsUp(direct) ? relative : direct;
 }
 
 } // namespace Orrery

@@ -5,6 +5,7 @@
 #include "foundations/variant/BVariant.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QString>
 
 #include <cstddef>
@@ -43,8 +44,12 @@ private:
     void WriteNode(const AbstractProperty& node, std::uint32_t parent);
     void WriteSimple(const SimpleProperty& simple, std::uint32_t parent);
     void WriteReference(const PropertyReference& reference, std::uint32_t parent);
+    const QString& RelativeFile(const QString& path);
+    QString FindRelativeFile(const QFileInfo& file) const;
 
-    QDir m_folder; // where the file will stand
+    QDir m_folder;          // where the file will stand
+    QString m_lastFile;     // that was asked for
+    QString m_lastRelative; // and what came of it
 };
 
 } // namespace Orrery
