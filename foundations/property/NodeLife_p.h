@@ -24,6 +24,14 @@ struct NodeLife
         QString filePath;
         QString fileType; // empty when the file couldn't tell
         QString fileUid;
+        std::uint64_t turn = 0; // as of a Departure
+    };
+
+    /// Where the node stood in a tree that it has left.
+    struct Departure
+    {
+        QString path;
+        std::uint64_t turn = 0; // later ones have greater numbers
     };
 
     std::atomic<std::uint32_t> handles{0};
@@ -31,10 +39,11 @@ struct NodeLife
 
     /// Where the node stood when it last left each tree, by the number of the tree. Those of trees that are
     /// gone serve nobody; they are dropped when so many have come together.
-    std::map<std::uint32_t, QString> departures;
+    std::map<std::uint32_t, Departure> departures;
     std::size_t dropDeparturesAt = 8;
 
     std::unique_ptr<FilePlace> lastInFile; // where it last left a file
+    std::uint64_t lastTurn = 0;            // of the latest of all these
 };
 
 } // namespace Internal

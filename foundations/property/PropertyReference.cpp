@@ -114,9 +114,14 @@ PropertyReference& PropertyReference::operator=(const PropertyReference& other)
 {
     if (this == &other)
         return *this;
-    const AbstractProperty* const target = GetParent() ? other.Target() : nullptr;
-    if (SetPropertyRef(target) >= 0)
-        return *this;
+    if (GetParent()) {
+        // Where that takes a look into another file, code of a host runs, which may destroy both.
+        const PropertyHandle self(this);
+        const PropertyHandle source(&other);
+        const AbstractProperty* const target = other.Target();
+        if (self.IsExpired() || SetPropertyRef(target) >= 0 || source.IsExpired())
+            return *this;
+    }
 
     other.RememberPath();
     RestorePath(other.m_path, other.m_file);
@@ -366,13 +371,16 @@ void PropertyReference::TakeOverPath() const
     const NodeLife* const life = NodeAccess::life(m_target);
     if (!life)
         return;
-    const std::uint32_t tree = NodeAccess::treeNumber(*GetRootProperty());
-    const auto place = life->departures.find(tree);
-    if (place != life->departures.end()) {
-        ForgetPath();
-        m_path = Property::GetRelativePath(GetFullPath(), place->second);
-    } else if (life->lastInFile && !m_file.path.isEmpty()) {
+    const AbstractProperty* const root = GetRootProperty();
+    const auto place = life->departures.find(NodeAccess::treeNumber(*root));
+    const bool wasHere = place != life->departures.end();
+    const bool wasFollowed = life->lastInFile && (!m_file.path.isEmpty() || root->IsFileRoot());
+    // One that went from here to another file, and was lost there, was followed to that.
+    if (wasFollowed && (!wasHere || life->lastInFile->turn > place->second.turn)) {
         TakeOverFilePlace(*life);
+    } else if (wasHere) {
+        ForgetPath();
+        m_path = Property::GetRelativePath(GetFullPath(), place->second.path);
     }
 }
 

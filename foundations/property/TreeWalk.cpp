@@ -144,7 +144,7 @@ public:
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_standing.erase(tree);
     }
-    void dropGone(std::map<std::uint32_t, QString>* departures)
+    void dropGone(std::map<std::uint32_t, NodeLife::Departure>* departures)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         for (auto place = departures->begin(); place != departures->end();)
@@ -198,13 +198,14 @@ private:
     void rememberDeparture(NodeLife& life, const QString& path) const
     {
         auto& places = life.departures;
-        places[m_tree] = path;
+        const std::uint64_t turn = ++life.lastTurn;
+        places[m_tree] = NodeLife::Departure{path, turn};
         if (places.size() >= life.dropDeparturesAt) {
             TreeNumbers::instance().dropGone(&places);
             life.dropDeparturesAt = std::max<std::size_t>(8, 2 * places.size());
         }
         if (!m_filePath.isEmpty())
-            life.lastInFile.reset(new NodeLife::FilePlace{path, m_filePath, m_fileType, m_fileUid});
+            life.lastInFile.reset(new NodeLife::FilePlace{path, m_filePath, m_fileType, m_fileUid, turn});
     }
 
     const AbstractProperty* m_root;
@@ -219,7 +220,7 @@ class FilePlacesVisitor
 {
 public:
     explicit FilePlacesVisitor(const DataFile& file)
-        : m_place{QString(), file.GetPath(), NodeAccess::fileType(file), file.GetFileUid()}
+        : m_place{QString(), file.GetPath(), NodeAccess::fileType(file), file.GetFileUid(), 0}
     {
     }
     void enter(const AbstractProperty& node) { visit(node); }
@@ -230,6 +231,7 @@ public:
         if (!life)
             return;
         m_place.path = node.GetFullPath();
+        m_place.turn = ++life->lastTurn;
         life->lastInFile.reset(new NodeLife::FilePlace(m_place));
     }
 

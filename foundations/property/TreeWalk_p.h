@@ -37,7 +37,7 @@ void rememberLostTargets(const AbstractProperty& node);
 /// remember the paths that get lost.
 void rememberDepartures(const AbstractProperty& node);
 
-/// To be called while the root of a file's tree, about to be destroyed, still knows its file: let the handles of other
+/// To be called while the root of a file's tree, about to be destroyed or let go, still knows its file: let the handles of other
 /// trees remember where in this file their nodes have stood.
 void rememberFilePlaces(const PropertyObject& root);
 

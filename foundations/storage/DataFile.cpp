@@ -170,6 +170,7 @@ void DataFile::DropRoot()
     if (!root)
         return;
     if (!m_ownsFileContents) {
+        Internal::rememberFilePlaces(*root); // it can't tell that any more when it goes
         root->m_file = nullptr;
         return;
     }

@@ -341,6 +341,30 @@ TEST_F(HostileReference, OneMayCloseTheFileOfTheOneThatAsks)
     EXPECT_EQ(DataFileFactory::Instance().FindOpen(m_there), nullptr) << "nobody is left to hold it";
 }
 
+TEST_F(HostileReference, OneMayDestroyTheOneThatTakesItOver)
+{
+    SaveReacting(m_there);
+    const auto here = Referrer(m_there);
+    auto* const taker = new PropertyReference(QStringLiteral("taker"));
+    ASSERT_GE(here->GetRoot()->InsertProperty(taker), 0);
+    Reacting::s_reaction = [&](Reacting&) { here->GetRoot()->DeleteProperty(QStringLiteral("taker")); };
+    *taker = *Out(*here);
+    EXPECT_FALSE(here->GetRoot()->HasProperty(QStringLiteral("taker")));
+    EXPECT_NE(Out(*here)->Resolve(), nullptr);
+}
+
+TEST_F(HostileReference, OneMayDestroyTheOneThatIsTakenOver)
+{
+    SaveReacting(m_there);
+    const auto here = Referrer(m_there);
+    auto* const taker = new PropertyReference(QStringLiteral("taker"));
+    ASSERT_GE(here->GetRoot()->InsertProperty(taker), 0);
+    Reacting::s_reaction = [&](Reacting&) { here->GetRoot()->DeleteProperty(s_out); };
+    *taker = *Out(*here);
+    EXPECT_FALSE(here->GetRoot()->HasProperty(s_out));
+    EXPECT_EQ(taker->ReferencePath(), QString()) << "there was nothing left to take over";
+}
+
 TEST_F(HostileReference, MayBeAskedWhileItsTreeIsDestroyed)
 {
     class AsksAtItsEnd : public PropertyObject

@@ -579,6 +579,101 @@ TEST_F(ReferencedFile, ThatIsLoadedAnewIsFollowedByPath)
     EXPECT_EQ(ReferenceIn(*here)->Resolve(), &TargetIn(*OpenThere()));
 }
 
+TEST_F(ReferencedFile, TakesTheTargetAlongThatWasMovedIntoIt)
+{
+    const auto here = Open(m_here, DataFile::ReadWrite);
+    auto there = Open(m_there, DataFile::ReadWrite);
+    auto* const y = AddValue(*here->GetRoot(), QStringLiteral("y"), BVariant(5.0));
+    const PropertyReference* const toY = AddReference(*here->GetRoot(), QStringLiteral("toY"), *y);
+    ASSERT_EQ(here->GetRoot()->RemoveProperty(QStringLiteral("y")), ER_SUCCESS);
+    ASSERT_EQ(there->GetRoot()->InsertProperty(y), ER_SUCCESS);
+    ASSERT_EQ(there->Save(), ER_SUCCESS);
+    there.reset();
+    EXPECT_EQ(toY->ReferencePath(), QStringLiteral("/y"));
+    EXPECT_EQ(toY->ReferenceFilePath(), m_there);
+    EXPECT_EQ(NumberOf(toY->Resolve()), 5);
+}
+
+TEST_F(ReferencedFile, TakesTheTargetAlongThatHasComeBackToIt)
+{
+    const auto here = Open(m_here, DataFile::ReadWrite);
+    auto there = Open(m_there, DataFile::ReadWrite);
+    AbstractProperty* const x = ReferenceIn(*here)->Resolve();
+    ASSERT_EQ(x, &TargetIn(*there));
+    ASSERT_EQ(x->GetParent()->RemoveProperty(s_x), ER_SUCCESS);
+    ASSERT_EQ(here->GetRoot()->InsertProperty(x), ER_SUCCESS);
+    ASSERT_EQ(here->GetRoot()->RemoveProperty(s_x), ER_SUCCESS);
+    ASSERT_EQ(there->GetRoot()->InsertProperty(x), ER_SUCCESS);
+    ASSERT_EQ(there->Save(), ER_SUCCESS);
+    there.reset();
+    EXPECT_EQ(ReferenceIn(*here)->ReferencePath(), QStringLiteral("/x"));
+    EXPECT_EQ(NumberOf(ReferenceIn(*here)->Resolve()), 1);
+}
+
+TEST_F(ReferencedFile, DoesNotTakeATargetAwayFromATreeThatIsNoFiles)
+{
+    auto there = Open(m_there, DataFile::ReadWrite);
+    PropertyObject loose;
+    auto* const y = AddValue(loose, QStringLiteral("y"), BVariant(5.0));
+    const PropertyReference* const toY = AddReference(loose, QStringLiteral("toY"), *y);
+    ASSERT_EQ(loose.RemoveProperty(QStringLiteral("y")), ER_SUCCESS);
+    ASSERT_EQ(there->GetRoot()->InsertProperty(y), ER_SUCCESS);
+    there.reset();
+    EXPECT_EQ(toY->ReferencePath(), QStringLiteral("../y"));
+    EXPECT_EQ(toY->ReferenceFilePath(), QString());
+}
+
+TEST_F(ReferencedFile, IsToldByAReferenceThatHasMovedOutOfIt)
+{
+    const auto here = Open(m_here, DataFile::ReadWrite);
+    auto there = Open(m_there, DataFile::ReadWrite);
+    AbstractProperty* const inside =
+        AddReference(*there->GetRoot(), QStringLiteral("moved"), TargetIn(*there));
+    ASSERT_EQ(there->GetRoot()->RemoveProperty(inside->GetName()), ER_SUCCESS);
+    ASSERT_EQ(here->GetRoot()->InsertProperty(inside), ER_SUCCESS);
+    const PropertyReference* const moved = ReferenceIn(*here, QStringLiteral("moved"));
+    EXPECT_EQ(moved->Resolve(), &TargetIn(*there));
+    there.reset();
+    EXPECT_EQ(moved->ReferencePath(), QStringLiteral("/f/x"));
+    EXPECT_EQ(moved->ReferenceFilePath(), m_there);
+    EXPECT_EQ(NumberOf(moved->Resolve()), 1);
+}
+
+TEST_F(ReferencedFile, ThatHasLetItsTreeGoIsAskedForTheNewNameOnceThatIsGone)
+{
+    const auto here = Open(m_here);
+    auto there = Open(m_there, DataFile::ReadWrite);
+    ASSERT_EQ(ReferenceIn(*here)->Resolve(), &TargetIn(*there));
+    ASSERT_EQ(TargetIn(*there).GetParent()->SetName(QStringLiteral("g")), ER_SUCCESS);
+    ASSERT_EQ(there->Save(), ER_SUCCESS);
+    there->SetOwnsFileContents(false);
+    std::unique_ptr<DataFile::RootProperty> tree(there->GetRoot());
+    there.reset();
+    EXPECT_EQ(ReferenceIn(*here)->Resolve()->GetRootProperty(), tree.get());
+    tree.reset();
+    EXPECT_EQ(ReferenceIn(*here)->ReferencePath(), QStringLiteral("/g/x"));
+    EXPECT_EQ(NumberOf(ReferenceIn(*here)->Resolve()), 1);
+}
+
+TEST_F(ReferencedFile, InTheSameFolderByAnotherNameMayBeMovedWithItsReferrer)
+{
+    const QString other = m_folder.Path(QStringLiteral("other"));
+    const QString real = m_folder.Path(QStringLiteral("real"));
+    const QString moved = m_folder.Path(QStringLiteral("moved"));
+    ASSERT_TRUE(QDir().mkdir(real));
+    ASSERT_TRUE(QFile::link(real, other));
+    ASSERT_TRUE(QFile::rename(m_there, real + QStringLiteral("/there.h5")));
+    {
+        const auto there = Open(real + QStringLiteral("/there.h5"));
+        SaveNew(other + QStringLiteral("/here.h5"),
+                [&](PropertyObject& root) { AddReference(root, QStringLiteral("out"), TargetIn(*there)); });
+    }
+    ASSERT_TRUE(QDir().rename(real, moved));
+    const auto here = Open(moved + QStringLiteral("/here.h5"));
+    const AbstractProperty* const found = ReferenceIn(*here)->Resolve();
+    EXPECT_EQ(NumberOf(found), 1);
+}
+
 // --- a host's own way
 
 AbstractProperty* ResolveNothing(const PropertyReference& /*reference*/)
@@ -600,6 +695,47 @@ TEST_F(ReferencedFile, IsTheHostsBusinessWhenItSaysSo)
     }
     PropertyReference::SetExternalResolver(builtIn);
     EXPECT_EQ(NumberOf(ReferenceIn(*here)->Resolve()), 1);
+}
+
+/// Finds its target in its own way, and tells the target's path in its own tree, and no file.
+class ReferenceWithoutAFile : public PropertyReference
+{
+public:
+    ReferenceWithoutAFile(const QString& name, AbstractProperty* target)
+        : PropertyReference(name)
+        , m_target(target)
+    {
+    }
+    QString ReferencePath() const override { return m_target->GetFullPath(); }
+
+protected:
+    AbstractProperty* GetPropertyRef() const override { return m_target; }
+
+private:
+    AbstractProperty* m_target;
+};
+
+TEST_F(ReferencedFile, WhoseReferenceDoesNotNameItIsNotTakenForTheReferrer)
+{
+    const auto there = Open(m_there);
+    {
+        const LogCapture log;
+        SaveNew(m_here, [&](PropertyObject& root) {
+            AddValue(*AddFolder(root, QStringLiteral("f")), s_x, BVariant(2.0));
+            for (DataFile* const file : {there.get(), static_cast<DataFile*>(nullptr)}) {
+                const QString name = file ? QStringLiteral("out") : QStringLiteral("inside");
+                AbstractProperty* const target = Property::FindProperty(
+                    file ? file->GetRoot() : static_cast<const AbstractProperty*>(&root),
+                    QStringLiteral("/f/x"));
+                ASSERT_EQ(root.InsertProperty(new ReferenceWithoutAFile(name, target)), ER_SUCCESS);
+            }
+        });
+        EXPECT_EQ(log.Warnings(), QStringList{QStringLiteral(
+                                      "reference /out can't tell its path and is saved as unresolved")});
+    }
+    const auto here = Open(m_here);
+    EXPECT_EQ(ReferenceIn(*here)->Resolve(), nullptr);
+    EXPECT_EQ(NumberOf(ReferenceIn(*here, QStringLiteral("inside"))->Resolve()), 2);
 }
 
 } // namespace
