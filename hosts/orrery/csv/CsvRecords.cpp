@@ -41,6 +41,19 @@ char separatorOf(std::string_view header)
     return hasSemicolon ? ';' : ',';
 }
 
+// As in a file whose lines end in carriage returns alone, which would be one header without a record.
+bool hasReturnWithin(std::string_view header)
+{
+    bool isQuoted = false;
+    for (const char c : withoutBlanks(header)) {
+        if (c == '"')
+            isQuoted = !isQuoted;
+        else if (c == '\r' && !isQuoted)
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 void CsvRecords::requireText(std::string_view line) const
@@ -73,9 +86,18 @@ bool CsvRecords::nextLine()
     return false;
 }
 
-bool CsvRecords::nextAndDetect()
+bool CsvRecords::nextHeaderLine()
 {
     if (!nextLine())
+        return false;
+    if (hasReturnWithin(m_text))
+        m_file.fail("a line feed at the end of the header", inQuotes(m_text));
+    return true;
+}
+
+bool CsvRecords::nextAndDetect()
+{
+    if (!nextHeaderLine())
         return false;
     m_separator = separatorOf(m_text);
     cut();
@@ -84,8 +106,11 @@ bool CsvRecords::nextAndDetect()
 
 bool CsvRecords::nextWith(char separator)
 {
+    if (!nextHeaderLine())
+        return false;
     m_separator = separator;
-    return next();
+    cut();
+    return true;
 }
 
 bool CsvRecords::next()

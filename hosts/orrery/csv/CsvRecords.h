@@ -27,7 +27,7 @@ public:
     /// semicolon, else a comma.
     ///
     /// Errors: false at the end of the file. Failure for what is no text, a quote that isn't closed, text beside a
-    ///         quoted field, and a record above 16 MiB.
+    ///         quoted field, a carriage return outside quotes before the end of the line, and a record above 16 MiB.
     bool nextAndDetect();
     bool nextWith(char separator);
 
@@ -49,6 +49,7 @@ public:
 
 private:
     bool nextLine();
+    bool nextHeaderLine();
     bool isComment();
     void cut();
     void cutQuoted();

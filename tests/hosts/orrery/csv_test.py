@@ -138,6 +138,10 @@ class ReadingTest(CsvTest):
         self.assertEqual(self.column(read["x"]), ["2", "4"])
         self.assertIn("second", self.good("show", "x.h5", "x/Setup/table/Comment"))
 
+    def test_carriage_returns(self):
+        read = self.read('t,"x\ry" \r\n1,2\r\n\r\n3,"4"\r\n')
+        self.assertEqual(self.column(read["x%0dy"]), ["2", "4"])
+
     def test_encodings(self):
         for content in ("t,x [µA]\n1,2\n".encode(), "t,x [µA]\n1,2\n".encode("latin-1"),
                         b"\xff\xfe" + "t,x [µA]\n1,2\n".encode("utf-16-le")):
@@ -193,6 +197,7 @@ class RefusalTest(CsvTest):
     def test_what_is_malformed_is_refused_with_its_place(self):
         for content, words in (
                 ("", ["line 1", "a header line"]), ("# only\n\n", ["line 3", "a header line"]),
+                ("a,b\r1,2\r3,4\r", ["line 1", "a line feed at the end of the header", "'a,b\\r1,2\\r3,4'"]),
                 ("a,b\n1,2\n3\n", ["line 3", "2 fields", "found 1"]),
                 ("a,b\n1,2\n\n3,4,5\n", ["line 4", "2 fields", "found 3"]),
                 ("a [quux],b\n1,2\n", ["line 1", "column 1", "'a [quux]'"]),
