@@ -20,7 +20,7 @@ Values may be shown in any unit of their kind: a name that 'orrery units' lists,
 kg*m^2/s^3, with any of the SI prefixes.
 
 Only what was asked for is written on standard output. A failure is one line on standard error, which begins with
-orrery:. A file is written whole or not at all.)";
+orrery:, and a text that is no unit is shown below it. A file is written whole or not at all.)";
 
 const char s_files[] =
     R"(A data file is an HDF5 file. Each array in it can be read by h5dump(1) and by every other program that reads HDF5,
