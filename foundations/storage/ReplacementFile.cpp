@@ -16,6 +16,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace Orrery {
@@ -29,6 +30,9 @@ constexpr int s_longestName = 143;
 
 // Where no locks can be had, an unfinished file that nobody has written to for so long is taken for abandoned.
 constexpr std::time_t s_longSeconds = 3600;
+
+// The most that the system hands out.
+constexpr int s_longestAccessList = 65536;
 
 // Somebody else's saves may come and go between two looks, but not for ever.
 constexpr int s_mostAttempts = 16;
@@ -104,6 +108,20 @@ void SyncFolder(const ReplacementFile::OpenFile& folder)
     const ReplacementFile::OpenFile opened(::openat(folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!opened.IsOpen() || (::fsync(opened.Get()) != 0 && errno != EINVAL))
         FailWithReason("is saved, but may not survive a power failure");
+}
+
+// Give a file the access list of another one, or none where that has none: a folder may have given it one of its own.
+// False when the list can't be kept.
+bool KeepAccessList(const ReplacementFile::OpenFile& from, const ReplacementFile::OpenFile& to)
+{
+    const char* const name = "system.posix_acl_access";
+    QByteArray list(s_longestAccessList, '\0');
+    const ssize_t size = ::fgetxattr(from.Get(), name, list.data(), static_cast<std::size_t>(list.size()));
+    if (size >= 0)
+        return ::fsetxattr(to.Get(), name, list.constData(), static_cast<std::size_t>(size), 0) == 0;
+    if (errno != ENODATA)
+        return errno == ENOTSUP;
+    return ::fremovexattr(to.Get(), name) == 0 || errno == ENODATA || errno == ENOTSUP;
 }
 
 bool IsSameFile(const struct stat& a, const struct stat& b)
@@ -237,7 +255,11 @@ void ReplacementFile::Commit()
         // Only the superuser can give a file away; for others it becomes theirs, as with every editor.
         const bool isKept = ::fchown(m_descriptor.Get(), status.st_uid, status.st_gid) == 0 ||
                             ::fchown(m_descriptor.Get(), static_cast<uid_t>(-1), status.st_gid) == 0;
-        if (::fchmod(m_descriptor.Get(), status.st_mode & (isKept ? 07777U : 0777U)) != 0)
+        mode_t mode = status.st_mode & (isKept ? 07777U : 0777U);
+        // With a list, the mode's bits for the group are the most that anybody in the list may do.
+        if (!KeepAccessList(m_target, m_descriptor))
+            mode &= ~static_cast<mode_t>(S_IRWXG);
+        if (::fchmod(m_descriptor.Get(), mode) != 0)
             FailWithReason("can't be replaced");
     }
     if (::fsync(m_descriptor.Get()) != 0)

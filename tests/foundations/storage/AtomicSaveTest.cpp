@@ -14,11 +14,15 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <csignal>
+#include <cstdint>
+#include <cstring>
 #include <string>
 #include <vector>
 
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace Orrery::StorageTest {
@@ -55,6 +59,29 @@ std::string FaultsOf(DataFile& file, int* edition)
     DataFile::RootProperty original(nullptr);
     BuildEdition(original, *edition);
     return CompareTrees(original, *file.GetRoot());
+}
+
+// A list as the system takes it: a version, and for each entry who it is for and what he may do.
+struct AccessList
+{
+    struct Entry
+    {
+        std::uint16_t whom;
+        std::uint16_t may;
+        std::uint32_t id;
+    };
+    std::uint32_t version;
+    Entry entries[5];
+};
+
+const char s_ofAFile[] = "system.posix_acl_access";
+const char s_ofNewFiles[] = "system.posix_acl_default";
+
+AccessList ListForOneMoreUser()
+{
+    constexpr std::uint32_t none = 0xFFFFFFFF;
+    constexpr std::uint32_t user = 65534;
+    return {2, {{0x01, 6, none}, {0x02, 6, user}, {0x04, 0, none}, {0x10, 6, none}, {0x20, 0, none}}};
 }
 
 class AtomicSave : public ::testing::Test
@@ -352,6 +379,40 @@ TEST_F(AtomicSave, KeepsTheModeOfTheFile)
         ASSERT_EQ(::stat(QFile::encodeName(m_path).constData(), &status), 0);
         EXPECT_EQ(status.st_mode & 07777U, mode);
     }
+}
+
+// The list names one more user, and leaves the group of the file nothing; the mode alone would let the group in.
+TEST_F(AtomicSave, KeepsTheAccessListOfTheFile)
+{
+    const QByteArray name = QFile::encodeName(m_path);
+    AccessList list = ListForOneMoreUser();
+    const bool hasLists = ::setxattr(name.constData(), s_ofAFile, &list, sizeof list, 0) == 0;
+    ASSERT_TRUE(hasLists || errno == ENOTSUP) << "a file system without lists keeps the mode alone";
+    ASSERT_EQ(::chmod(name.constData(), 0660), 0);
+    const auto file = Open(m_path, DataFile::ReadWrite);
+    ASSERT_EQ(file->Save(), ER_SUCCESS);
+    AccessList kept = {};
+    EXPECT_EQ(::getxattr(name.constData(), s_ofAFile, &kept, sizeof kept), hasLists ? sizeof kept : -1);
+    EXPECT_EQ(std::memcmp(&list, &kept, sizeof list) == 0, hasLists);
+    struct stat status = {};
+    ASSERT_EQ(::stat(name.constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0660U);
+}
+
+TEST_F(AtomicSave, GivesAFileWithoutAnAccessListNoneOfItsFolder)
+{
+    const QByteArray name = QFile::encodeName(m_path);
+    AccessList list = ListForOneMoreUser();
+    ASSERT_TRUE(::setxattr(QFile::encodeName(m_folder.Path(QString())).constData(), s_ofNewFiles, &list,
+                           sizeof list, 0) == 0 ||
+                errno == ENOTSUP);
+    ASSERT_EQ(::chmod(name.constData(), 0660), 0);
+    const auto file = Open(m_path, DataFile::ReadWrite);
+    ASSERT_EQ(file->Save(), ER_SUCCESS);
+    EXPECT_EQ(::getxattr(name.constData(), s_ofAFile, &list, sizeof list), -1);
+    struct stat status = {};
+    ASSERT_EQ(::stat(name.constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0660U);
 }
 
 TEST_F(AtomicSave, GivesANewFileTheModeThatTheUserHasChosen)
