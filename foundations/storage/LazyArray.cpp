@@ -130,6 +130,7 @@ const void* LazyPayload::Load() const
             m_value = StoredElements::Read(*stored);
             m_elements.store(m_value.constData(), std::memory_order_release);
         });
+        stored->File().ForgetBlocks(m_row);
         LetGoOfFile();
     }
     return m_elements.load(std::memory_order_acquire);

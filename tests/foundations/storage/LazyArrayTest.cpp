@@ -1,6 +1,7 @@
 // An array's elements stay in the file until they are asked for; then only what is needed is read, and once.
 #include "tests/foundations/storage/CompareTrees.h"
 #include "tests/foundations/storage/DataFiles.h"
+#include "tests/support/CountingAllocator.h"
 
 #include "foundations/variant/VariantOperations.h"
 
@@ -204,6 +205,23 @@ TEST_F(LazyArrays, StayInMemoryWhenTheirWholeLengthWasReadInParts)
         EXPECT_EQ(numbers.back(), 3 * s_perBlock - 0.5);
     }
     EXPECT_EQ(reading.Blocks(), 6U);
+}
+
+// Another array keeps the file open, and with it what the file keeps of its arrays.
+TEST_F(LazyArrays, LetGoOfTheBlocksReadBeforeWhenTheyAreReadWhole)
+{
+    Write([](PropertyObject& root) {
+        AddValue(root, QStringLiteral("x"), BVariant(Counting(4 * s_perBlock)));
+        AddValue(root, QStringLiteral("y"), BVariant(Counting(10)));
+    });
+    const auto file = Open(m_path);
+    const BVariant array = X(*file);
+    const TestSupport::AllocationCount memory;
+    for (std::uint64_t block = 0; block < 3; ++block)
+        EXPECT_EQ(Element(array, block * s_perBlock), static_cast<double>(block * s_perBlock) + 0.5);
+    EXPECT_GE(memory.liveBytes(), static_cast<std::int64_t>(3 * s_block));
+    array.constData();
+    EXPECT_LT(memory.liveBytes(), static_cast<std::int64_t>(4 * s_block + s_little));
 }
 
 TEST_F(LazyArrays, OfOneBlockAreReadWholeAtTheFirstElement)
