@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
 
 #include <signal.h>
 
@@ -55,9 +56,7 @@ private:
     std::array<struct sigaction, 3> m_former = {};
 };
 
-} // namespace
-
-void saveDataFile(DataFile& file, const std::string& path)
+void saveBy(const std::function<ERESULT(QString*)>& save, DataFile& file, const std::string& path)
 {
     QString why;
     ERESULT code = ER_FAILED;
@@ -68,11 +67,23 @@ void saveDataFile(DataFile& file, const std::string& path)
             line.update(done, total);
             return !DelayedEnd::isWanted();
         });
-        code = file.SaveAs(QString::fromStdString(path), &why);
+        code = save(&why);
         file.SetSaveProgress({});
     }
     if (code < 0)
         throw Failure(fileLine(path, why));
+}
+
+} // namespace
+
+void saveDataFile(DataFile& file, const std::string& path)
+{
+    saveBy([&](QString* why) { return file.SaveAs(QString::fromStdString(path), why); }, file, path);
+}
+
+void saveInPlace(DataFile& file, const std::string& path)
+{
+    saveBy([&](QString* why) { return file.Save(why); }, file, path);
 }
 
 } // namespace Orrery::Host

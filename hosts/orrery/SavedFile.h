@@ -13,4 +13,9 @@ namespace Orrery::Host {
 /// Errors: throws Failure.
 void saveDataFile(DataFile& file, const std::string& path);
 
+/// The same for a file that was opened for writing, in its own place; `path` is what messages call it.
+///
+/// Errors: throws Failure.
+void saveInPlace(DataFile& file, const std::string& path);
+
 } // namespace Orrery::Host

@@ -4,6 +4,7 @@
 #include "hosts/orrery/OutputFile.h"
 #include "hosts/orrery/PlainText.h"
 #include "hosts/orrery/ProgressLine.h"
+#include "hosts/orrery/SavedFile.h"
 #include "hosts/orrery/TreeAccess.h"
 #include "hosts/orrery/commands/Commands.h"
 
@@ -105,19 +106,10 @@ void repack(const RepackOptions& options, Output& out)
     const std::shared_ptr<DataFile> file = openForRepacking(options, isInPlace);
     requireSound(*file, options.input);
     choose(file.get(), options);
-    {
-        ProgressLine progress(options.output);
-        file->SetSaveProgress([&](std::uint64_t done, std::uint64_t all) {
-            progress.update(done, all);
-            return true;
-        });
-        QString why;
-        const ERESULT code =
-            isInPlace ? file->Save(&why) : file->SaveAs(QString::fromStdString(options.output), &why);
-        file->SetSaveProgress({});
-        if (code < 0)
-            throw Failure(fileLine(options.output, why));
-    }
+    if (isInPlace)
+        saveInPlace(*file, options.output);
+    else
+        saveDataFile(*file, options.output);
     out.write(printable(options.output) + ": " + megabytes(sizeOf(options.output)) + ", before " +
               megabytes(before) + '\n');
 }

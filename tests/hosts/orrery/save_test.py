@@ -125,6 +125,21 @@ class SaveTest(unittest.TestCase):
                 if os.path.exists(out):
                     os.remove(out)
 
+    def test_an_interrupted_repacking_leaves_nothing_behind(self):
+        own = os.path.join(self.folder, "out7.h5")
+        subprocess.run([ORRERY, "copy", self.good, "-o", own], check=True)
+        for name, before in ((self.good, []), (own, ["out7.h5"])):
+            with self.subTest(name):
+                out = own if before else os.path.join(self.folder, "out8.h5")
+                process, terminal = self.start("repack", name, out, "--compress", "9")
+                self.assertIn("saving", self.read_until(terminal, r"saving [^\r]*: \d+ %"))
+                process.send_signal(signal.SIGINT)
+                self.read_until(terminal, "never")
+                self.assertEqual(process.wait(), -signal.SIGINT)
+                self.assertEqual(self.names(), ["out7.h5"])
+        subprocess.run([ORRERY, "diff", self.good, own], check=True)
+        os.remove(own)
+
     def test_an_export_without_a_terminal_goes_on_when_that_closes(self):
         out = os.path.join(self.folder, "out6.csv")
         process = subprocess.Popen(["nohup", ORRERY, "export", self.good, "large/tran1/v(out)", "-o", out],

@@ -434,7 +434,7 @@ class Progress(VerifyTest):
 
     def test_a_long_work_shows_how_far_it_is(self):
         name = self.large()
-        for arguments, shown in ((["verify", name], [name]), (["repack", name, "out.h5"], [name, "out.h5"])):
+        for arguments, shown in ((["verify", name], [name]), (["repack", name, "out.h5"], [name, "saving out.h5"])):
             seen = self.on_a_terminal(*arguments)
             for file in shown:
                 self.assertIn(f"orrery: {file}: 100 %", seen)
