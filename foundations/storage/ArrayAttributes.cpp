@@ -34,10 +34,14 @@ ERESULT ArrayAttributes::RegisterSource(Source source)
     return ER_SUCCESS;
 }
 
+// What one attribute can be called, and another one isn't: names that aren't Unicode become the same one in a file.
 bool ArrayAttributes::Takes(const QString& name) const
 {
+    constexpr int longest = 1000;
     const auto hasName = [&](const Attribute& attribute) { return attribute.name == name; };
-    return !name.isEmpty() && std::none_of(m_attributes.begin(), m_attributes.end(), hasName);
+    return !name.isEmpty() && name.size() <= longest && !name.contains(QChar()) &&
+           QString::fromUtf8(name.toUtf8()) == name &&
+           std::none_of(m_attributes.begin(), m_attributes.end(), hasName);
 }
 
 void ArrayAttributes::AddText(const QString& name, const QString& text)

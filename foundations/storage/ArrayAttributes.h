@@ -29,12 +29,13 @@ public:
     /// Threads: any.
     static ERESULT RegisterSource(Source source);
 
-    /// One attribute of one text. Of two with one name the first stays; an empty name or text is passed over.
+    /// One attribute of one text. Of two with one name the first stays; an empty text is passed over, and a name that
+    /// no attribute can have: an empty one, one of more than 1,000 characters, with NUL, or with half a surrogate pair.
     void AddText(const QString& name, const QString& text);
 
     /// One attribute with the path of the dataset of each of these arrays, in their order; an empty text for an array
     /// that has no dataset in the file, and for null. The arrays are not owned and are looked up when the tree has
-    /// been walked. An empty list is passed over.
+    /// been walked. An empty list is passed over, and names as above.
     void AddPaths(const QString& name, const std::vector<const SimpleProperty*>& arrays);
 
 private:

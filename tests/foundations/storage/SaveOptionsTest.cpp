@@ -387,6 +387,13 @@ void Describe(const SimpleProperty& array, ArrayAttributes* attributes)
     attributes->AddText(QStringLiteral("name"), array.GetName());
     attributes->AddText(QStringLiteral("name"), QStringLiteral("a second one"));
     attributes->AddText(QString(), QStringLiteral("nameless"));
+    const QChar halves[] = {QChar(0xD800), QChar(0xDC00)};
+    attributes->AddText(QString(halves[0]), QStringLiteral("half a character"));
+    attributes->AddText(QString(halves[1]), QStringLiteral("the other half"));
+    attributes->AddText(QStringLiteral("name") + QChar() + QLatin1Char('x'), QStringLiteral("cut"));
+    attributes->AddText(QString(70'000, QLatin1Char('n')), QStringLiteral("long name"));
+    attributes->AddPaths(QString(70'000, QLatin1Char('p')), {&array});
+    attributes->AddText(QString(1000, QLatin1Char('n')), QStringLiteral("just short enough"));
     attributes->AddText(QStringLiteral("empty"), QString());
     attributes->AddText(QStringLiteral("long"), QString(static_cast<int>(s_length), QLatin1Char('x')));
     attributes->AddPaths(QStringLiteral("self"), {&array, nullptr});
@@ -416,6 +423,7 @@ TEST_F(SaveOptionsTest, AttributesComeFromTheirSourcesAndNeverSpoilASave)
         ASSERT_EQ(TrySave(*file).why, QString()) << length;
         EXPECT_TRUE(HasAttribute(m_path, "Data", "name"));
         EXPECT_TRUE(HasAttribute(m_path, "Data", "self"));
+        EXPECT_TRUE(HasAttribute(m_path, "Data", std::string(1000, 'n').c_str()));
         EXPECT_FALSE(HasAttribute(m_path, "Data", "empty"));
         EXPECT_FALSE(HasAttribute(m_path, "Data", "nothing"));
         EXPECT_EQ(HasAttribute(m_path, "Data", "long"), length <= 60'000);
