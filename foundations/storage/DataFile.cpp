@@ -160,13 +160,18 @@ void DataFile::RestoreOptions(int compressionLevel, bool packed)
 
 void DataFile::ReplaceRoot(std::unique_ptr<RootProperty> root)
 {
-    DropRoot();
-    m_root = root.release();
+    // The new one is in its place when the former goes: code of a host's runs then, which may look for it, load the file
+    // once more or close it.
+    LetGoOf(std::exchange(m_root, root.release()));
 }
 
 void DataFile::DropRoot()
 {
-    RootProperty* const root = std::exchange(m_root, nullptr);
+    LetGoOf(std::exchange(m_root, nullptr));
+}
+
+void DataFile::LetGoOf(RootProperty* root) const
+{
     if (!root)
         return;
     if (!m_ownsFileContents) {
@@ -209,6 +214,7 @@ DataFile::RootProperty::RootProperty(DataFile* file)
 
 DataFile::RootProperty::~RootProperty()
 {
+    m_isDying = true;
     Internal::rememberFilePlaces(*this);
     // A host may destroy the root of a file that it holds; the file must not touch it again.
     if (m_file && m_file->m_root == this)

@@ -72,7 +72,8 @@ public:
     /// Errors: a negative code and one line for a person in `*why`; the file and the tree are then as they
     ///         were. A file opened ReadOnly is never saved (ER_FAILED). While another object, thread or process
     ///         saves the same file, the save is refused at once (ER_FAILED).
-    /// Edge:   what is saved is the tree as it is when the save begins.
+    /// Edge:   what is saved is the tree as it is when the save begins. Where the folder can't be brought to the disk
+    ///         afterwards, that is an error too (ER_FAILED), and the new file is in its place all the same.
     virtual ERESULT Save(QString* why = nullptr) = 0;
 
     /// Let go of the file. The tree is destroyed while OwnsFileContents() is set. May be called again.
@@ -167,6 +168,7 @@ private:
     friend struct Internal::NodeAccess;
 
     QString KnownFileType() const;
+    void LetGoOf(RootProperty* root) const;
 
     QString m_path;
     QString m_openedAs; ///< the type by which the factory has made it
@@ -206,6 +208,7 @@ private:
     friend class ReferencedFiles;
 
     DataFile* m_file;
+    bool m_isDying = false;
     mutable std::unique_ptr<ReferencedFiles>
         m_referencedFiles; // made for the first reference into another file
 };

@@ -262,7 +262,7 @@ private:
 
 namespace {
 
-// A reference whose tree is no file's has nobody who could own a file that it opens.
+// A reference whose tree is no file's, or just goes, has nobody who could own a file that it opens.
 AbstractProperty* FindInOpenFiles(const PropertyReference& reference)
 {
     const PropertyReference::TargetFile wanted = reference.ReferenceFile();
@@ -281,7 +281,7 @@ AbstractProperty* FindInOpenFiles(const PropertyReference& reference)
 AbstractProperty* ReferencedFiles::Resolve(const PropertyReference& reference)
 {
     const auto* const root = dynamic_cast<const DataFile::RootProperty*>(reference.GetRootProperty());
-    if (!root)
+    if (!root || root->m_isDying)
         return FindInOpenFiles(reference);
     if (!root->m_referencedFiles)
         root->m_referencedFiles = std::make_unique<ReferencedFiles>();

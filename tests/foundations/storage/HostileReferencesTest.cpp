@@ -10,7 +10,9 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 #include <string>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -22,11 +24,16 @@ const QString s_out = QStringLiteral("out");
 const QString s_reacting = QStringLiteral("HostileReferencesReacting");
 const QString s_chained = QStringLiteral("HostileReferencesChained");
 
-/// A folder that does something when it has been loaded; a type name of its own.
+/// A folder that does something when it has been loaded, and when it goes; a type name of its own.
 class Reacting : public PropertyObject
 {
 public:
     Reacting() = default;
+    ~Reacting() override
+    {
+        if (s_farewell)
+            s_farewell();
+    }
     const QString& PropertyObjType() const override { return s_reacting; }
     void OnDeserialization() override
     {
@@ -35,6 +42,7 @@ public:
     }
 
     static inline std::function<void(Reacting&)> s_reaction;
+    static inline std::function<void()> s_farewell;
 };
 
 /// A file without a disk: "n" holds the node "x", and a reference "out" to that of the file "n + 1", up to a length. Files
@@ -97,7 +105,11 @@ protected:
         ChainedFile::s_loads = 0;
         ChainedFile::s_asksEarly = false;
     }
-    ~HostileReference() override { Reacting::s_reaction = nullptr; }
+    ~HostileReference() override
+    {
+        Reacting::s_reaction = nullptr;
+        Reacting::s_farewell = nullptr;
+    }
 
     /// A file in memory with a reference "out" to the node "x" of the file at `path`.
     std::shared_ptr<DataFile> Referrer(const QString& path,
@@ -394,6 +406,74 @@ TEST_F(HostileReference, MayBeAskedWhileItsTreeIsDestroyed)
     here.reset();
     EXPECT_EQ(asked, 1);
     EXPECT_EQ(DataFileFactory::Instance().FindOpen(m_there), nullptr);
+}
+
+TEST_F(HostileReference, MayBeAskedWhileItsFileIsLetGoWithATreeThatLivedOn)
+{
+    SaveReacting(m_there);
+    auto here = Referrer(m_there);
+    const PropertyReference* const out = Out(*here);
+    ASSERT_NE(out->Resolve(), nullptr);
+    here->SetOwnsFileContents(false);
+    std::unique_ptr<DataFile::RootProperty> tree(here->GetRoot());
+    here.reset();
+    int asked = 0;
+    Reacting::s_farewell = [&] {
+        EXPECT_EQ(out->Resolve(), nullptr);
+        ++asked;
+    };
+    tree.reset();
+    EXPECT_EQ(asked, 1) << "the file isn't opened again for a tree that can't hold it";
+    EXPECT_EQ(DataFileFactory::Instance().FindOpen(m_there), nullptr);
+}
+
+TEST_F(HostileReference, FindsTheNewTreeWhileTheFormerOneGoes)
+{
+    SaveReacting(m_there);
+    const auto here = Referrer(m_there);
+    ASSERT_NE(Out(*here)->Resolve(), nullptr);
+    const auto there = DataFileFactory::Instance().FindOpen(m_there);
+    const AbstractProperty* found = nullptr;
+    Reacting::s_farewell = [&] { found = Out(*here)->Resolve(); };
+    ASSERT_EQ(there->Load(), ER_SUCCESS);
+    Reacting::s_farewell = nullptr;
+    EXPECT_EQ(found, there->GetRoot()->GetPropertyPtr(s_x));
+    EXPECT_EQ(Out(*here)->Resolve(), found);
+    EXPECT_EQ(DataFileFactory::Instance().FindOpen(m_there), there) << "one file is one tree";
+}
+
+TEST_F(HostileReference, FileMayBeLoadedAgainWhileItsFormerTreeGoes)
+{
+    SaveReacting(m_there);
+    const auto there = Open(m_there);
+    int left = 1;
+    int alive = 1;
+    Reacting::s_reaction = [&](Reacting&) { ++alive; };
+    Reacting::s_farewell = [&] {
+        --alive;
+        if (left-- > 0) {
+            EXPECT_EQ(there->Load(), ER_SUCCESS);
+        }
+    };
+    ASSERT_EQ(there->Load(), ER_SUCCESS);
+    EXPECT_EQ(alive, 1) << "a tree that nobody has is gone";
+    ASSERT_NE(there->GetRoot(), nullptr);
+    EXPECT_TRUE(there->GetRoot()->HasProperty(s_x));
+    Reacting::s_farewell = nullptr;
+}
+
+TEST_F(HostileReference, FileThatIsClosedWhileItsFormerTreeGoesStaysClosed)
+{
+    SaveReacting(m_there);
+    const auto there = Open(m_there);
+    bool first = true;
+    Reacting::s_farewell = [&] {
+        if (std::exchange(first, false)) {
+            EXPECT_EQ(there->Close(), ER_SUCCESS);
+        }
+    };
+    EXPECT_EQ(there->Load(), ER_SUCCESS);
+    EXPECT_EQ(there->GetRoot(), nullptr);
 }
 
 // --- many
