@@ -20,9 +20,10 @@ namespace {
 
 constexpr std::uint64_t s_blockElements = std::uint64_t(1) << 20U;
 
+// By the type alone: the values may be many, and still on the disk.
 bool isComplex(const BVariant& data)
 {
-    return !data.isEmpty() && ElementText(data).isComplex();
+    return !data.isEmpty() && (data.getWellKnownType().code() & WellKnownType::ComplexBit) != 0;
 }
 
 std::uint64_t countOf(const std::vector<std::uint64_t>& shape)

@@ -576,6 +576,32 @@ class ShowTest(CommandTest):
                              (1, "orrery: standard output: No space left on device\n"), command)
 
 
+class PartOfLargeArrayTest(CommandTest):
+    POINTS = 8 << 20  # 64 MiB for each of two vectors
+
+    def memory(self, *arguments):
+        """KiB of memory that a run took at its peak, whose output goes nowhere."""
+        with subprocess.Popen([ORRERY, *arguments], cwd=self.folder, stdout=subprocess.DEVNULL) as process:
+            _, status, usage = os.wait4(process.pid, 0)
+            process.returncode = os.waitstatus_to_exitcode(status)
+        self.assertEqual(process.returncode, 0, arguments)
+        return usage.ru_maxrss
+
+    def test_takes_no_memory_for_the_rest(self):
+        header = raw(self.POINTS, [])
+        with open(self.path("large.raw"), "wb") as file:
+            file.write(header)
+            file.truncate(len(header) + 2 * 8 * self.POINTS)
+        self.good("import", "large.raw", "-o", "large.h5")
+        variable = ("large.h5", "large/dc1/y")
+        little = self.memory("ls", "large.h5") // 1024
+        for options in (["--range", "7000000:7000002"], ["--at", "7000000", "--json"],
+                        ["--at", "7000000", "--csv"], ["--at", "7000000", "--units", "mV"]):
+            with self.subTest(options=options):
+                self.assertLess(self.memory("show", *variable, *options) // 1024, little + 32)
+        self.assertGreater(self.memory("show", *variable, "--function", "derivative", "--at", "7") // 1024, little + 32)
+
+
 class FunctionTest(CommandTest):
     def setUp(self):
         super().setUp()
