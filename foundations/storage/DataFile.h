@@ -115,8 +115,8 @@ public:
     /// Errors: an exception out of it fails the save in the same way; its text becomes the reason.
     /// Edge:   it may read and change the tree; the save goes on with the tree as it was when it began. A save of
     ///         this file from within is refused (ER_FAILED).
-    /// Threads: called on the thread that saves, while no other thread can open or save a data file: it must not
-    ///         wait for one that does.
+    /// Threads: called on the thread that saves, while no other thread can open or save a data file, or read an
+    ///         array of one for the first time: it must not wait for one that does.
     void SetSaveProgress(SaveProgress progress);
 
     /// Compress large numeric arrays when the file is saved: 0, the default, not at all, 1 fast, 9 small.
