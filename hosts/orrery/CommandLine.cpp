@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <complex>
+#include <csignal>
 #include <exception>
 #include <new>
 #include <string>
@@ -179,6 +180,8 @@ int runCommandLine(int argc, const char* const* argv)
     // File names are UTF-8 whatever the locale says.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     silenceLog();
+    // A file above the user's limit can't be written, as on a full disk.
+    std::signal(SIGXFSZ, SIG_IGN);
     registerMeasurements();
     CLI::App program;
     Output out;

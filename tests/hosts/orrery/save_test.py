@@ -140,6 +140,16 @@ class SaveTest(unittest.TestCase):
         subprocess.run([ORRERY, "diff", self.good, own], check=True)
         os.remove(own)
 
+    def test_a_limit_on_the_size_of_files_is_a_failure(self):
+        for command in (["import", self.raw, "-o", "out9.h5"], ["copy", self.good, "-o", "out9.h5"],
+                        ["repack", self.good, "out9.h5"], ["export", self.good, "large/tran1/v(out)", "-o", "out9.csv"],
+                        ["export", self.good, "large/tran1/v(out)", "-o", "out9.nc"]):
+            done = subprocess.run(["bash", "-c", 'ulimit -f 2000; exec "$@"', "bash", ORRERY, *command], cwd=self.folder,
+                                  capture_output=True, text=True)
+            self.assertEqual((done.returncode, len(done.stderr.splitlines())), (1, 1), done.stderr)
+            self.assertIn("File too large", done.stderr)
+            self.assertEqual(self.names(), [])
+
     def test_an_export_without_a_terminal_goes_on_when_that_closes(self):
         out = os.path.join(self.folder, "out6.csv")
         process = subprocess.Popen(["nohup", ORRERY, "export", self.good, "large/tran1/v(out)", "-o", out],
