@@ -116,6 +116,8 @@ bool Hdf5DataFile::CanTurnReadWrite() const
 
 ERESULT Hdf5DataFile::Load(QString* why)
 {
+    const std::shared_ptr<DataFile> self =
+        weak_from_this().lock(); // what the load calls may let go of the file
     return Guarded(GetPath(), why, [this] { LoadOrThrow(); });
 }
 

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <stdexcept>
 #include <type_traits>
 
@@ -15,6 +16,7 @@ namespace {
 
 const QString s_deletesParent = QStringLiteral("HostileHostDeletesParent");
 const QString s_lies = QStringLiteral("HostileHostLies");
+const QString s_letsGo = QStringLiteral("HostileHostLetsGo");
 const QString s_refuses = QStringLiteral("HostileHostRefuses");
 
 /// A folder of a type name of its own.
@@ -56,6 +58,25 @@ public:
     void OnDeserialization() override { throw OrreryException(ER_ALREADY_EXISTS); }
 };
 
+/// Lets go of what may be the last share of the file that it is loaded from.
+class LetsGo : public TypedFolder
+{
+public:
+    LetsGo()
+        : TypedFolder(QString(), s_letsGo)
+    {
+    }
+    void OnDeserialization() override
+    {
+        if (s_share)
+            s_share->reset();
+    }
+
+    static std::shared_ptr<DataFile>* s_share;
+};
+
+std::shared_ptr<DataFile>* LetsGo::s_share = nullptr;
+
 /// A folder that claims to be a leaf.
 class Lies : public PropertyObject
 {
@@ -75,6 +96,7 @@ PropertyObject* Make()
 
 void RegisterTypes()
 {
+    PropertyObjectFactory::Instance().RegisterType(s_letsGo, &Make<LetsGo>);
     PropertyObjectFactory::Instance().RegisterType(s_deletesParent, &Make<DeletesParent>);
     PropertyObjectFactory::Instance().RegisterType(s_refuses, &Make<Refuses>);
 }
@@ -102,6 +124,22 @@ TEST_F(HostileHost, AnObjectThatDestroysItsFolderWhileItIsLoadedRefusesTheFile)
     EXPECT_EQ(opened.code, ER_FAILED);
     EXPECT_TRUE(opened.why.contains(QStringLiteral("/folder/b: its folder was destroyed")))
         << qPrintable(opened.why);
+}
+
+TEST_F(HostileHost, AFileWhoseLastShareGoesWhileItIsLoadedLivesUntilTheLoadIsDone)
+{
+    SaveNew(m_path, [](PropertyObject& root) {
+        ASSERT_GE(root.InsertProperty(new TypedFolder(QStringLiteral("a"), s_letsGo)), 0);
+    });
+    std::shared_ptr<DataFile> file;
+    ASSERT_GE(DataFileFactory::Instance().Open(m_path, DataFile::ReadWrite, &file), 0);
+    const std::weak_ptr<DataFile> watched = file;
+    DataFile* const loading = file.get();
+    LetsGo::s_share = &file;
+    const ERESULT code = loading->Load();
+    LetsGo::s_share = nullptr;
+    EXPECT_GE(code, 0);
+    EXPECT_TRUE(watched.expired());
 }
 
 TEST_F(HostileHost, TheCodeOfAnObjectThatRefusesItsChildrenComesOut)
