@@ -8,6 +8,7 @@
 #include "hosts/orrery/PlainText.h"
 #include "hosts/orrery/commands/Commands.h"
 #include "hosts/orrery/measurements/Registration.h"
+#include "hosts/orrery/netcdf/NetcdfFile.h"
 
 #include <CLI/CLI.hpp>
 #include <QTextCodec>
@@ -182,6 +183,7 @@ int runCommandLine(int argc, const char* const* argv)
     silenceLog();
     // A file above the user's limit can't be written, as on a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
+    NetcdfFile::keepExitSafe();
     registerMeasurements();
     CLI::App program;
     Output out;

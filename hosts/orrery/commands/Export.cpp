@@ -8,7 +8,6 @@
 #include "hosts/orrery/commands/Commands.h"
 #include "hosts/orrery/csv/CsvExport.h"
 #include "hosts/orrery/netcdf/NetcdfExport.h"
-#include "hosts/orrery/netcdf/NetcdfFile.h"
 
 #include <sys/stat.h>
 
@@ -114,7 +113,6 @@ void exportVariable(const ExportOptions& options)
     if (options.hasUnits)
         units = parseUnits(options.units);
     checkPlace(options);
-    NetcdfFile::keepExitSafe();
     const std::shared_ptr<DataFile> file = openForReading(options.file);
     static_cast<void>(findNode(*file, options.file, options.path));
     try {

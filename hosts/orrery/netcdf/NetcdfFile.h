@@ -82,7 +82,8 @@ class NetcdfFile
 {
 public:
     /// To be called before anything else has used HDF5: at its exit, the HDF5 library crashes over a file that it
-    /// couldn't close, as on a full disk. From then on it leaves such a file alone.
+    /// couldn't close, as on a full disk, and fills standard error over a damaged one. From then on it leaves such a file
+    /// alone.
     static void keepExitSafe();
 
     /// Replaces what is at the path.

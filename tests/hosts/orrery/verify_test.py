@@ -371,6 +371,21 @@ class Repack(VerifyTest):
             self.assertEqual(file.read(), before)
         self.assertEqual(sorted(os.listdir(self.folder)), ["in.h5", "out.h5"])
 
+    def test_a_damaged_header_is_one_line_of_every_command(self):
+        with open(self.path(self.small("in.h5")), "rb") as file:
+            content = file.read()
+        headers = [match.start() for match in re.finditer(b"OHDR", content)]
+        self.assertGreater(len(headers), 2)
+        for place in headers:
+            damaged = bytearray(content)
+            damaged[place + 10] ^= 1
+            with open(self.path("in.h5"), "wb") as file:
+                file.write(damaged)
+            self.refused("in.h5", "out.h5")
+            for command in (["ls", "-la", "in.h5"], ["copy", "in.h5", "-o", "out.h5"]):
+                line = self.run_orrery(*command).stderr.decode()
+                self.assertRegex(line, r"\A(orrery: [^\n]+\n)?\Z", command)
+
     def test_a_file_may_take_its_own_place_however_it_is_spelled(self):
         self.sample()
         shutil.copyfile(self.path("in.h5"), self.path("copy.h5"))
