@@ -9,6 +9,26 @@ namespace Orrery {
 
 namespace {
 
+// A property list of our own, by which a session sees whether the library is still that of the session before.
+// All under the StorageMutex.
+struct LibraryMark
+{
+    hid_t list = H5I_INVALID_HID;
+    std::uint64_t generation = 0;
+};
+
+LibraryMark s_mark;
+
+void CountGeneration()
+{
+    constexpr const char* property = "orrery-session";
+    if (H5Iget_type(s_mark.list) == H5I_GENPROP_LST && H5Pexist(s_mark.list, property) > 0)
+        return;
+    s_mark.list = H5Pcreate(H5P_FILE_ACCESS);
+    H5Pinsert2(s_mark.list, property, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+    ++s_mark.generation;
+}
+
 // Called from the innermost failure outward: keeps the first text, and the reason of the operating system.
 herr_t KeepReason(unsigned /*depth*/, const H5E_error2_t* error, void* data)
 {
@@ -25,6 +45,11 @@ herr_t KeepReason(unsigned /*depth*/, const H5E_error2_t* error, void* data)
 
 } // namespace
 
+std::uint64_t Hdf5Generation()
+{
+    return s_mark.generation;
+}
+
 Hdf5Handle Owned(hid_t id, Hdf5Handle::Closer closer, const char* what)
 {
     if (id < 0)
@@ -40,6 +65,7 @@ Hdf5Session::Hdf5Session()
     H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);
     H5PLget_loading_state(&m_plugins);
     H5PLset_loading_state(0);
+    CountGeneration();
 }
 
 Hdf5Session::~Hdf5Session()

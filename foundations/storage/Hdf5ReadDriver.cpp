@@ -135,19 +135,13 @@ Hdf5ReadDriver::Hdf5ReadDriver(int descriptor)
     : m_descriptor(descriptor)
 {
     const H5FD_class_t driver = DriverClass();
-    m_driver = H5FDregister(&driver);
-}
-
-Hdf5ReadDriver::~Hdf5ReadDriver()
-{
-    if (m_driver >= 0)
-        H5FDunregister(m_driver);
+    m_driver = Hdf5Handle(H5FDregister(&driver), &H5FDunregister);
 }
 
 bool Hdf5ReadDriver::Use(hid_t fileAccess) const
 {
     const DriverInfo info{m_descriptor};
-    return m_driver >= 0 && H5Pset_driver(fileAccess, m_driver, &info) >= 0;
+    return m_driver.IsValid() && H5Pset_driver(fileAccess, m_driver.Id(), &info) >= 0;
 }
 
 } // namespace Orrery

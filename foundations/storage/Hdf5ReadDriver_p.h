@@ -1,5 +1,7 @@
 #pragma once
 
+#include "foundations/storage/Hdf5Handle_p.h"
+
 #include <hdf5.h>
 
 namespace Orrery {
@@ -14,10 +16,8 @@ class Hdf5ReadDriver
 {
 public:
     /// `descriptor` isn't owned and must outlive the driver.
+    /// The HDF5 files opened through this driver are to be closed before it is destroyed.
     explicit Hdf5ReadDriver(int descriptor);
-
-    /// The HDF5 files opened through this driver are to be closed before.
-    ~Hdf5ReadDriver();
     Hdf5ReadDriver(const Hdf5ReadDriver&) = delete;
     Hdf5ReadDriver& operator=(const Hdf5ReadDriver&) = delete;
 
@@ -26,7 +26,7 @@ public:
 
 private:
     int m_descriptor;
-    hid_t m_driver;
+    Hdf5Handle m_driver;
 };
 
 } // namespace Orrery

@@ -89,7 +89,7 @@ StoredFile::~StoredFile()
     m_driver.reset();
 }
 
-void StoredFile::OpenHdf5()
+void StoredFile::OpenHdf5() const
 {
     Hdf5Form::ExpectSound(m_descriptor.Get());
     m_driver.emplace(m_descriptor.Get());
@@ -105,6 +105,10 @@ void StoredFile::OpenHdf5()
 
 hid_t StoredFile::Group(std::size_t folder) const
 {
+    if (!m_file.IsValid()) {
+        m_folders.reset();
+        OpenHdf5();
+    }
     if (!m_folders)
         m_folders.emplace(m_file.Id(), m_catalogue, Hdf5Folders::OpenGroups);
     return m_folders->Of(folder);

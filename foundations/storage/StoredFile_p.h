@@ -85,12 +85,12 @@ private:
     };
 
     explicit StoredFile(const QString& path);
-    void OpenHdf5();
+    void OpenHdf5() const;
 
     QString m_path;
     OpenDescriptor m_descriptor;
-    std::optional<Hdf5ReadDriver> m_driver;
-    Hdf5Handle m_file;
+    mutable std::optional<Hdf5ReadDriver> m_driver;
+    mutable Hdf5Handle m_file; ///< opened anew when the library has been closed meanwhile
     Catalogue m_catalogue;
     QByteArray m_uid;
     mutable std::optional<Hdf5Folders> m_folders; ///< arrays are often read one after the other

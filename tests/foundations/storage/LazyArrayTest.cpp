@@ -9,6 +9,7 @@
 #include <QFile>
 
 #include <gtest/gtest.h>
+#include <hdf5.h>
 
 #include <algorithm>
 #include <cmath>
@@ -509,6 +510,32 @@ TEST_F(LazyArrays, AreReadFromARemovedFile)
     const auto file = Open(m_path);
     ASSERT_TRUE(QFile::remove(m_path));
     EXPECT_EQ(CompareValues(BVariant(Counting(1000)), X(*file)), "");
+}
+
+// The process does the same at its exit, before the last statics are destroyed. The numbers of our identifiers are
+// then the host's.
+TEST_F(LazyArrays, AreReadAndLetGoAfterTheHostHasClosedHdf5)
+{
+    Write([](PropertyObject& root) {
+        for (const char* const name : {"x", "y", "z"})
+            AddValue(root, QString::fromLatin1(name), BVariant(Counting(10)));
+    });
+    auto file = Open(m_path, DataFile::ReadWrite);
+    X(*file).constData(); // has the file's groups opened
+    ASSERT_GE(H5close(), 0);
+    std::vector<hid_t> hosts;
+    for (int i = 0; i < 8; ++i) {
+        const QByteArray path = m_folder.Path(QStringLiteral("host%1.h5").arg(i)).toUtf8();
+        hosts.push_back(H5Fcreate(path.constData(), H5F_ACC_TRUNC, H5P_DEFAULT, H5P_DEFAULT));
+        hosts.push_back(H5Gopen2(hosts.back(), "/", H5P_DEFAULT));
+    }
+    EXPECT_EQ(Element(ValueOf(*file->GetRoot(), QStringLiteral("y")), 3), 3.5);
+    EXPECT_EQ(TrySave(*file).why, QString()); // takes "z" over from the former file
+    file.reset();
+    for (const hid_t id : hosts)
+        EXPECT_GT(H5Iis_valid(id), 0) << id;
+    EXPECT_EQ(Element(ValueOf(*Open(m_path)->GetRoot(), QStringLiteral("z")), 3), 3.5);
+    ASSERT_GE(H5close(), 0);
 }
 
 TEST_F(LazyArrays, TellOfAFileThatWasCutAndAreReadWhenItIsWholeAgain)
