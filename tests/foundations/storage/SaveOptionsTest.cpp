@@ -48,7 +48,7 @@ std::vector<double> Numbers(std::size_t count)
 void BuildTree(PropertyObject& root)
 {
     for (const std::size_t count :
-         {0, 1, 1000, 8191, 8192, 8193, 32'767, 32'768, 32'769, 131'072, 131'073, 700'000})
+         {0U, 1U, 1000U, 8191U, 8192U, 8193U, 32'767U, 32'768U, 32'769U, 131'072U, 131'073U, 700'000U})
         AddValue(root, QStringLiteral("n%1").arg(count), BVariant(Numbers(count)));
     AddValue(root, QStringLiteral("shape"), BVariant(Numbers(7UL * 300 * 211), {7, 300, 211}));
     AddValue(root, QStringLiteral("narrow"), BVariant(Numbers(70'000), {70'000, 1, 1}));
@@ -418,7 +418,7 @@ TEST_F(SaveOptionsTest, AttributesComeFromTheirSourcesAndNeverSpoilASave)
     EXPECT_EQ(ArrayAttributes::RegisterSource(&Describe), ER_ALREADY_EXISTS);
     const auto file = Open(m_path, DataFile::Create);
     AddValue(*file->GetRoot(), QStringLiteral("Data"), BVariant(Numbers(3)));
-    for (const std::size_t length : {10, 60'000, 60'001, 200'000}) {
+    for (const std::size_t length : {10U, 60'000U, 60'001U, 200'000U}) {
         s_length = length;
         ASSERT_EQ(TrySave(*file).why, QString()) << length;
         EXPECT_TRUE(HasAttribute(m_path, "Data", "name"));
