@@ -66,7 +66,7 @@ void addConvertCommand(CLI::App& program, Action* action)
     command->add_option("TO", options->to, "The unit to convert it to")->required()->type_name("");
     command->add_option("--digits", options->digits, "Significant digits to print, up to 17")
         ->type_name("N")
-        ->check(CLI::Range(1, 17))
+        ->check(CLI::Range(1, 17).description(""))
         ->capture_default_str();
     command->footer(s_help);
     command->callback([options, action] { *action = [options](Output& out) { convert(*options, out); }; });

@@ -5,6 +5,7 @@
 #include "hosts/orrery/PlainText.h"
 #include "hosts/orrery/ProgressLine.h"
 #include "hosts/orrery/SavedFile.h"
+#include "hosts/orrery/SizeText.h"
 #include "hosts/orrery/TreeAccess.h"
 #include "hosts/orrery/commands/Commands.h"
 
@@ -12,7 +13,6 @@
 #include <QString>
 
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <string>
 
@@ -43,13 +43,6 @@ OUT is written whole or not at all, so it may be IN itself. If it exists and is
 an HDF5 file, it is replaced; any other file is replaced with --force only.
 
 Example: orrery repack run.h5 small.h5 --compress 6)";
-
-std::string megabytes(std::uint64_t bytes)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "%.1f MB", static_cast<double>(bytes) / 1e6);
-    return text;
-}
 
 std::uint64_t sizeOf(const std::string& path)
 {
@@ -110,8 +103,8 @@ void repack(const RepackOptions& options, Output& out)
         saveInPlace(*file, options.output);
     else
         saveDataFile(*file, options.output);
-    out.write(printable(options.output) + ": " + megabytes(sizeOf(options.output)) + ", before " +
-              megabytes(before) + '\n');
+    out.write(printable(options.output) + ": " + sizeText(sizeOf(options.output)) + ", before " +
+              sizeText(before) + '\n');
 }
 
 } // namespace
@@ -126,7 +119,7 @@ void addRepackCommand(CLI::App& program, Action* action)
     CLI::Option* const level =
         command->add_option("--compress", options->level, "Level of compression, 0 for none")
             ->type_name("LEVEL")
-            ->check(CLI::Range(0, 9));
+            ->check(CLI::Range(0, 9).description(""));
     CLI::Option* const packed =
         command->add_flag("--packed", options->isPacked, "Store small arrays together");
     CLI::Option* const unpacked =

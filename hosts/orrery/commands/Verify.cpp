@@ -2,9 +2,9 @@
 #include "hosts/orrery/Failure.h"
 #include "hosts/orrery/PlainText.h"
 #include "hosts/orrery/ProgressLine.h"
+#include "hosts/orrery/SizeText.h"
 #include "hosts/orrery/commands/Commands.h"
 
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -45,17 +45,10 @@ std::string counted(std::uint64_t count, const std::string& word)
     return std::to_string(count) + ' ' + word + (count == 1 ? "" : "s");
 }
 
-std::string megabytes(std::uint64_t bytes)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "%.1f MB", static_cast<double>(bytes) / 1e6);
-    return text;
-}
-
 std::string soundLine(const DataFileCheck::Summary& summary)
 {
     std::string line = "sound, " + counted(summary.folders, "folder") + ", " +
-                       counted(summary.values, "value") + ", " + megabytes(summary.fileBytes);
+                       counted(summary.values, "value") + ", " + sizeText(summary.fileBytes);
     if (summary.warnings > 0)
         line += ", " + counted(summary.warnings, "warning");
     return line;
@@ -114,10 +107,10 @@ void addVerifyCommand(CLI::App& program, Action* action)
 {
     CLI::App* const command = program.add_subcommand("verify", "Check data files whole");
     const auto options = std::make_shared<VerifyOptions>();
-    command->add_option("FILE", options->files, "Data files")->required()->type_name("...");
+    command->add_option("FILE", options->files, "Data files")->required()->type_name("");
     command->add_option("--timeout", options->timeout, "How long a check may stand still, 60 if not given")
         ->type_name("SECONDS")
-        ->check(CLI::Range(1U, 86400U));
+        ->check(CLI::Range(1U, 86400U).description(""));
     command->add_flag("-q,--quiet", options->isQuiet, "Tell only what makes a file unsound");
     command->add_flag("--strict", options->isStrict, "Take warnings for errors");
     command->add_flag("--in-child", options->isInChild)->group(""); // how the program starts itself
