@@ -3,7 +3,6 @@
 // The peer is a process of its own that prints the seconds it needs, without its start, to open the file and to
 // collect name, shape, type and units of every dataset, which an open gives as well. The limit for an open is a twentieth of it; for the first value, 1 ms on top of that.
 #include "benchmarks/foundations/storage/BenchmarkFiles.h"
-#include "benchmarks/foundations/storage/ProcessMemory.h"
 #include "units/Units.h"
 #include "variables/Variable.h"
 
@@ -63,16 +62,12 @@ private:
 void OpenVariables(benchmark::State& state)
 {
     const VariableFile stored(state.range(0));
-    std::uint64_t bytes = 0;
     for (auto _ : state) {
-        const std::uint64_t before = ResidentBytes();
         std::shared_ptr<DataFile> file = Open(stored.Path(), DataFile::ReadOnly);
         state.PauseTiming();
-        bytes = ResidentBytes() - before;
         file.reset();
         state.ResumeTiming();
     }
-    state.counters["resident_each"] = static_cast<double>(bytes) / static_cast<double>(state.range(0));
 }
 
 void FirstValue(benchmark::State& state)
