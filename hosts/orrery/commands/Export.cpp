@@ -92,7 +92,11 @@ void write(const ExportOptions& options, ExportFormat format, ExportedVariable& 
         writeCsv(out, variable);
         out.flush();
     } else {
-        writeNetcdf(file.path(), options.path, variable);
+        try {
+            writeNetcdf(file.path(), options.path, variable);
+        } catch (const NotWritten& failure) {
+            throw Failure(printable(options.output) + ": " + failure.what());
+        }
     }
     file.commit();
 }

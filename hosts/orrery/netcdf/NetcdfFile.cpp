@@ -4,6 +4,7 @@
 #include "hosts/orrery/ElementText.h"
 #include "hosts/orrery/Failure.h"
 #include "hosts/orrery/PlainText.h"
+#include "hosts/orrery/netcdf/NetcdfExport.h"
 
 #include <QString>
 #include <hdf5_hl.h>
@@ -31,8 +32,8 @@ struct TypeRow
 [[noreturn]] void failWriting(const std::string& what)
 {
     const int reason = errno;
-    throw Failure(what + " can't be written" +
-                  (reason != 0 ? std::string(": ") + std::strerror(reason) : std::string()));
+    throw NotWritten(what + " can't be written" +
+                     (reason != 0 ? std::string(": ") + std::strerror(reason) : std::string()));
 }
 
 Hdf5Object required(hid_t id, Hdf5Object::Close close, const std::string& what)

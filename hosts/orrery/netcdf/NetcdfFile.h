@@ -77,7 +77,7 @@ enum class NumberPart
 ///
 /// Names:  a variable or a dimension gets the name that is asked for as far as netCDF allows it: '/' and control
 ///         characters become '_', and one that is taken gets "_2" and so on behind it.
-/// Errors: each operation throws a Failure that says what couldn't be written; the file is then worth nothing.
+/// Errors: each operation throws a NotWritten that says what couldn't be; the file is then worth nothing.
 class NetcdfFile
 {
 public:

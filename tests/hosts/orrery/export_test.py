@@ -7,6 +7,7 @@ usage: export_test.py ORRERY SOURCE_FOLDER [unittest arguments]
 
 import csv
 import os
+import re
 import shutil
 import stat
 import subprocess
@@ -287,7 +288,7 @@ class OutputTest(ExportTest):
             result = subprocess.run(["bash", "-c", f"ulimit -f 4; trap '' XFSZ; exec '{ORRERY}' export d.h5 "
                                      f"'diode/dc1/i(vd)' --to {name}"], cwd=self.folder, capture_output=True, text=True)
             self.assertEqual((result.returncode, result.stderr.count("\n")), (1, 1), result.stderr)
-            self.assertIn("File too large", result.stderr)
+            self.assertRegex(result.stderr, f"^orrery: {re.escape(name)}: .*File too large")
             self.assertEqual(sorted(os.listdir(self.folder)), before)
 
     def test_refusals(self):
