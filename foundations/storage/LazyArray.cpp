@@ -15,6 +15,8 @@
 #include <utility>
 #include <vector>
 
+#include <unistd.h>
+
 namespace Orrery {
 
 using Brindle::Quay::ArrayDimensionsView;
@@ -28,6 +30,18 @@ namespace {
 
 // An array up to this length of which so much was read in parts is kept from then on.
 constexpr std::uint64_t s_worthKeeping = std::uint64_t(64) * 1024 * 1024;
+
+// A longer one is kept when its parts have been fetched so often, as by somebody who picks elements here and there:
+// each may cost a block. One that would take much of the machine's memory never is.
+constexpr std::uint64_t s_patience = 4;
+constexpr std::uint64_t s_longestKept = std::uint64_t(1) * 1024 * 1024 * 1024;
+
+std::uint64_t LongestKept()
+{
+    static const std::uint64_t memory = static_cast<std::uint64_t>(std::max(::sysconf(_SC_PHYS_PAGES), 0L)) *
+                                        static_cast<std::uint64_t>(std::max(::sysconf(_SC_PAGESIZE), 0L));
+    return std::min(s_longestKept, memory / 4);
+}
 
 // Run a read, and turn what ends it into the one exception that a payload may throw.
 template <class Operation>
@@ -46,6 +60,15 @@ auto Describing(const StoredArray& array, Operation operation)
         fail(QStringLiteral("there isn't enough memory for the array"));
     }
     throw std::runtime_error(std::string()); // not reached
+}
+
+// Whether those who read the array in parts are better off with all of it in memory.
+bool IsWorthKeeping(const StoredArray& array, std::uint64_t readInParts)
+{
+    const std::uint64_t length = array.Record().storedBytes;
+    if (length <= s_worthKeeping)
+        return readInParts >= length;
+    return length <= LongestKept() && array.FetchedForRuns() / s_patience >= length;
 }
 
 /// An array that becomes one in memory when its elements are asked for.
@@ -92,6 +115,7 @@ public:
 
 private:
     const void* Load() const;
+    bool IsKept() const;
     void LetGoOfFile() const;
 
     std::vector<std::uint64_t> m_dimensions;
@@ -102,7 +126,8 @@ private:
     mutable std::mutex m_mutex;
     mutable std::shared_ptr<const StoredFile> m_file;    ///< under m_mutex; null when the array has been read
     mutable std::shared_ptr<const StoredArray> m_stored; ///< the same; made when it is first asked for
-    mutable std::atomic<std::uint64_t> m_readInParts{0}; ///< bytes
+    mutable std::atomic<std::uint64_t> m_readInParts{0}; ///< bytes that somebody got
+    mutable std::atomic<bool> m_cannotBeKept{false};     ///< to keep it was tried, and failed
     mutable BVariant m_value;                            ///< written once, before m_elements
     mutable std::atomic<const void*> m_elements{nullptr};
 };
@@ -155,12 +180,26 @@ bool LazyPayload::readRun(std::uint64_t first, std::uint64_t count, void* target
     // One block is read as a whole anyway; it is kept unless all of it is asked for.
     if (stored->BlockCount() == 1 && count != getDimensions().elementCount())
         return false;
-    const std::uint64_t length = stored->Record().storedBytes;
-    if (length <= s_worthKeeping &&
-        m_readInParts.fetch_add(count * StoredElements::Size(*stored), std::memory_order_relaxed) >= length)
+    const std::uint64_t before =
+        m_readInParts.fetch_add(count * StoredElements::Size(*stored), std::memory_order_relaxed);
+    if (IsWorthKeeping(*stored, before) && IsKept())
         return false;
     Describing(*stored, [&] { StoredElements::ReadRun(*stored, first, count, target); });
     return true;
+}
+
+// What can't be kept, for want of memory or because another part is damaged, goes on being read in parts.
+bool LazyPayload::IsKept() const
+{
+    if (m_cannotBeKept.load(std::memory_order_relaxed))
+        return false;
+    try {
+        Load();
+        return true;
+    } catch (const std::runtime_error&) {
+        m_cannotBeKept.store(true, std::memory_order_relaxed);
+        return false;
+    }
 }
 
 // A shared array that hasn't been read is read for the one that is about to be written to; the others stay as they

@@ -114,6 +114,7 @@ StoredFile::Block StoredArray::KeptBlock(std::uint64_t block) const
         return kept;
     const std::shared_ptr<char> bytes(new char[BlockBytes(block)], std::default_delete<char[]>());
     ReadBlock(block, bytes.get());
+    m_fetchedForRuns.fetch_add(BlockBytes(block), std::memory_order_relaxed);
     m_file->KeepBlock(m_row, block, bytes);
     return bytes;
 }
@@ -124,10 +125,12 @@ void StoredArray::ReadRun(std::uint64_t first, std::uint64_t size, char* out) co
         const std::uint64_t block = first / ChecksumBlock;
         const std::uint64_t skipped = first % ChecksumBlock;
         const std::uint64_t part = std::min(size, BlockBytes(block) - skipped);
-        if (part == BlockBytes(block))
+        if (part == BlockBytes(block)) {
             ReadBlock(block, out);
-        else
+            m_fetchedForRuns.fetch_add(part, std::memory_order_relaxed);
+        } else {
             std::memcpy(out, KeptBlock(block).get() + skipped, part);
+        }
         first += part;
         out += part;
         size -= part;

@@ -63,6 +63,9 @@ public:
     /// Read and test the blocks that a run of the stored bytes touches; the ends come from kept blocks.
     void ReadRun(std::uint64_t first, std::uint64_t size, char* out) const;
 
+    /// Bytes that all runs together have fetched from the file.
+    std::uint64_t FetchedForRuns() const { return m_fetchedForRuns.load(std::memory_order_relaxed); }
+
 private:
     void Read(std::uint64_t block, char* out, Hdf5ChunkReader* chunks) const;
     StoredFile::Block KeptBlock(std::uint64_t block) const;
@@ -71,6 +74,7 @@ private:
     std::size_t m_row;
     ArrayRecord m_record;
     mutable std::atomic<bool> m_located{false};
+    mutable std::atomic<std::uint64_t> m_fetchedForRuns{0};
     mutable std::uint64_t m_offset = 0; ///< written before m_located
 };
 

@@ -208,6 +208,38 @@ TEST_F(LazyArrays, StayInMemoryWhenTheirWholeLengthWasReadInParts)
     EXPECT_EQ(reading.Blocks(), 6U);
 }
 
+// More blocks than a file keeps, so that each element picked costs one.
+TEST_F(LazyArrays, StayInMemoryWhenTheirElementsArePickedHereAndThere)
+{
+    constexpr std::uint64_t blocks = 20;
+    WriteNumbers(blocks * s_perBlock);
+    const auto file = Open(m_path);
+    const BVariant array = X(*file);
+    const ReadMeter reading;
+    for (std::uint64_t pick = 0; pick < 20 * blocks; ++pick) {
+        const std::uint64_t index = (pick * 7 % blocks) * s_perBlock + pick;
+        EXPECT_EQ(Element(array, index), static_cast<double>(index) + 0.5);
+    }
+    EXPECT_EQ(reading.Blocks(), (4 + 1) * blocks);
+}
+
+TEST_F(LazyArrays, GoOnBeingReadInPartsWhenTheWholeIsDamaged)
+{
+    WriteNumbers(3 * s_perBlock);
+    QByteArray bytes = ReadFile(m_path);
+    bytes[bytes.size() / 6 * 5] = static_cast<char>(bytes[bytes.size() / 6 * 5] ^ 0x55); // in the last block
+    const QString path = m_folder.Path(QStringLiteral("damaged.h5"));
+    WriteFile(path, bytes);
+    const auto file = Open(path);
+    const BVariant array = X(*file);
+    std::vector<double> numbers(s_perBlock);
+    for (int round = 0; round < 10; ++round) {
+        copyElements(array, 0, numbers.size(), numbers.data());
+        EXPECT_EQ(numbers.back(), static_cast<double>(s_perBlock) - 0.5);
+    }
+    EXPECT_NE(FailureOf(array), "");
+}
+
 // Another array keeps the file open, and with it what the file keeps of its arrays.
 TEST_F(LazyArrays, LetGoOfTheBlocksReadBeforeWhenTheyAreReadWhole)
 {
