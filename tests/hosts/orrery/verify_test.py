@@ -289,8 +289,8 @@ class Repack(VerifyTest):
         self.assertEqual((result.returncode, result.stderr.decode()), (0, ""))
         return result.stdout.decode()
 
-    def refused(self, *arguments, code=1):
-        result = self.run_orrery("repack", *arguments)
+    def refused(self, *arguments, code=1, **options):
+        result = self.run_orrery("repack", *arguments, **options)
         self.assertEqual((result.returncode, result.stdout), (code, b""))
         line = result.stderr.decode()
         self.assertRegex(line, r"\Aorrery: [^\n]+\n\Z")
@@ -381,14 +381,16 @@ class Repack(VerifyTest):
             content = file.read()
         headers = [match.start() for match in re.finditer(b"OHDR", content)]
         self.assertGreater(len(headers), 2)
+        # HDF5 never frees what it had made of a header before it found the damage.
+        leaks = {"environment": {"ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":detect_leaks=0"}}
         for place in headers:
             damaged = bytearray(content)
             damaged[place + 10] ^= 1
             with open(self.path("in.h5"), "wb") as file:
                 file.write(damaged)
-            self.refused("in.h5", "out.h5")
+            self.refused("in.h5", "out.h5", **leaks)
             for command in (["ls", "-la", "in.h5"], ["copy", "in.h5", "-o", "out.h5"]):
-                line = self.run_orrery(*command).stderr.decode()
+                line = self.run_orrery(*command, **leaks).stderr.decode()
                 self.assertRegex(line, r"\A(orrery: [^\n]+\n)?\Z", command)
 
     def test_a_file_may_take_its_own_place_however_it_is_spelled(self):
