@@ -1,9 +1,8 @@
 #include "foundations/storage/Hdf5ReadDriver_p.h"
 
-#include <algorithm>
+#include "foundations/storage/Hdf5DriverParts_p.h"
+
 #include <cerrno>
-#include <iterator>
-#include <limits>
 #include <new>
 
 #include <sys/stat.h>
@@ -28,15 +27,7 @@ struct OpenFile
     haddr_t endOfFile = 0;
 };
 
-OpenFile* Cast(H5FD_t* file)
-{
-    return reinterpret_cast<OpenFile*>(file);
-}
-
-const OpenFile* Cast(const H5FD_t* file)
-{
-    return reinterpret_cast<const OpenFile*>(file);
-}
+using Parts = Hdf5DriverParts<OpenFile>;
 
 H5FD_t* Open(const char* /*name*/, unsigned flags, hid_t fileAccess, haddr_t /*maxAddress*/)
 {
@@ -52,12 +43,6 @@ H5FD_t* Open(const char* /*name*/, unsigned flags, hid_t fileAccess, haddr_t /*m
     return &file->base;
 }
 
-herr_t Close(H5FD_t* file)
-{
-    delete Cast(file);
-    return 0;
-}
-
 herr_t Query(const H5FD_t* /*file*/, unsigned long* flags)
 {
     if (flags)
@@ -65,33 +50,22 @@ herr_t Query(const H5FD_t* /*file*/, unsigned long* flags)
     return 0;
 }
 
-haddr_t EndOfAllocation(const H5FD_t* file, H5FD_mem_t /*type*/)
-{
-    return Cast(file)->endOfAllocation;
-}
-
-herr_t SetEndOfAllocation(H5FD_t* file, H5FD_mem_t /*type*/, haddr_t address)
-{
-    Cast(file)->endOfAllocation = address;
-    return 0;
-}
-
 haddr_t EndOfFile(const H5FD_t* file, H5FD_mem_t /*type*/)
 {
-    return Cast(file)->endOfFile;
+    return Parts::Cast(file)->endOfFile;
 }
 
 herr_t Handle(H5FD_t* file, hid_t /*fileAccess*/, void** handle)
 {
-    *handle = &Cast(file)->descriptor;
+    *handle = &Parts::Cast(file)->descriptor;
     return 0;
 }
 
 herr_t Read(H5FD_t* file, H5FD_mem_t /*type*/, hid_t /*transfer*/, haddr_t address, size_t size, void* buffer)
 {
     for (size_t done = 0; done < size;) {
-        const ssize_t got = ::pread(Cast(file)->descriptor, static_cast<char*>(buffer) + done, size - done,
-                                    static_cast<off_t>(address + done));
+        const ssize_t got = ::pread(Parts::Cast(file)->descriptor, static_cast<char*>(buffer) + done,
+                                    size - done, static_cast<off_t>(address + done));
         if (got < 0 && errno == EINTR)
             continue;
         if (got <= 0)
@@ -110,22 +84,14 @@ herr_t Write(H5FD_t* /*file*/, H5FD_mem_t /*type*/, hid_t /*transfer*/, haddr_t 
 
 H5FD_class_t DriverClass()
 {
-    H5FD_class_t driver = {};
-    driver.name = "orrery-read";
-    driver.maxaddr = static_cast<haddr_t>(std::numeric_limits<off_t>::max());
+    H5FD_class_t driver = Parts::Class("orrery-read", sizeof(DriverInfo));
     driver.fc_degree = H5F_CLOSE_STRONG;
-    driver.fapl_size = sizeof(DriverInfo);
     driver.open = &Open;
-    driver.close = &Close;
     driver.query = &Query; // without a comparison, so that no two files are the same
-    driver.get_eoa = &EndOfAllocation;
-    driver.set_eoa = &SetEndOfAllocation;
     driver.get_eof = &EndOfFile;
     driver.get_handle = &Handle;
     driver.read = &Read;
     driver.write = &Write;
-    const H5FD_mem_t freeLists[] = H5FD_FLMAP_DICHOTOMY;
-    std::copy(std::begin(freeLists), std::end(freeLists), std::begin(driver.fl_map));
     return driver;
 }
 

@@ -1,13 +1,12 @@
 #include "foundations/storage/Hdf5WriteDriver_p.h"
 
+#include "foundations/storage/Hdf5DriverParts_p.h"
 #include "foundations/storage/StorageError_p.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <functional>
-#include <iterator>
-#include <limits>
 #include <new>
 #include <vector>
 
@@ -34,15 +33,7 @@ struct OpenFile
     haddr_t endOfAllocation = 0;
 };
 
-OpenFile* Cast(H5FD_t* file)
-{
-    return reinterpret_cast<OpenFile*>(file);
-}
-
-const OpenFile* Cast(const H5FD_t* file)
-{
-    return reinterpret_cast<const OpenFile*>(file);
-}
+using Parts = Hdf5DriverParts<OpenFile>;
 
 H5FD_t* Open(const char* /*name*/, unsigned /*flags*/, hid_t fileAccess, haddr_t /*maxAddress*/)
 {
@@ -58,17 +49,11 @@ H5FD_t* Open(const char* /*name*/, unsigned /*flags*/, hid_t fileAccess, haddr_t
     return &file->base;
 }
 
-herr_t Close(H5FD_t* file)
-{
-    delete Cast(file);
-    return 0;
-}
-
 int Compare(const H5FD_t* a, const H5FD_t* b)
 {
     const std::less<const Target*> less;
-    const Target* const first = Cast(a)->target;
-    const Target* const second = Cast(b)->target;
+    const Target* const first = Parts::Cast(a)->target;
+    const Target* const second = Parts::Cast(b)->target;
     return less(first, second) ? -1 : less(second, first) ? 1 : 0;
 }
 
@@ -80,25 +65,14 @@ herr_t Query(const H5FD_t* /*file*/, unsigned long* flags)
     return 0;
 }
 
-haddr_t EndOfAllocation(const H5FD_t* file, H5FD_mem_t /*type*/)
-{
-    return Cast(file)->endOfAllocation;
-}
-
-herr_t SetEndOfAllocation(H5FD_t* file, H5FD_mem_t /*type*/, haddr_t address)
-{
-    Cast(file)->endOfAllocation = address;
-    return 0;
-}
-
 haddr_t EndOfFile(const H5FD_t* file, H5FD_mem_t /*type*/)
 {
-    return Cast(file)->target->endOfFile;
+    return Parts::Cast(file)->target->endOfFile;
 }
 
 herr_t Handle(H5FD_t* file, hid_t /*fileAccess*/, void** handle)
 {
-    *handle = &Cast(file)->target->descriptor;
+    *handle = &Parts::Cast(file)->target->descriptor;
     return 0;
 }
 
@@ -107,7 +81,7 @@ herr_t Read(H5FD_t* file, H5FD_mem_t /*type*/, hid_t /*transfer*/, haddr_t addre
 {
     auto* const out = static_cast<char*>(buffer);
     for (size_t done = 0; done < size;) {
-        const ssize_t got = ::pread(Cast(file)->target->descriptor, out + done, size - done,
+        const ssize_t got = ::pread(Parts::Cast(file)->target->descriptor, out + done, size - done,
                                     static_cast<off_t>(address + done));
         if (got < 0 && errno == EINTR)
             continue;
@@ -136,14 +110,14 @@ void Put(Target* target, haddr_t address, const char* from, std::uint64_t size)
 herr_t Write(H5FD_t* file, H5FD_mem_t /*type*/, hid_t /*transfer*/, haddr_t address, size_t size,
              const void* buffer)
 {
-    Put(Cast(file)->target, address, static_cast<const char*>(buffer), size);
+    Put(Parts::Cast(file)->target, address, static_cast<const char*>(buffer), size);
     return 0;
 }
 
 herr_t Truncate(H5FD_t* file, hid_t /*transfer*/, hbool_t /*closing*/)
 {
-    const haddr_t end = Cast(file)->endOfAllocation;
-    Target* const target = Cast(file)->target;
+    const haddr_t end = Parts::Cast(file)->endOfAllocation;
+    Target* const target = Parts::Cast(file)->target;
     if (end == target->endOfFile)
         return 0;
     target->endOfFile = end;
@@ -184,24 +158,16 @@ void ReadOrThrow(int source, std::uint64_t offset, std::uint64_t size, char* out
 
 H5FD_class_t DriverClass()
 {
-    H5FD_class_t driver = {};
-    driver.name = "orrery-write";
-    driver.maxaddr = static_cast<haddr_t>(std::numeric_limits<off_t>::max());
+    H5FD_class_t driver = Parts::Class("orrery-write", sizeof(DriverInfo));
     driver.fc_degree = H5F_CLOSE_WEAK;
-    driver.fapl_size = sizeof(DriverInfo);
     driver.open = &Open;
-    driver.close = &Close;
     driver.cmp = &Compare;
     driver.query = &Query;
-    driver.get_eoa = &EndOfAllocation;
-    driver.set_eoa = &SetEndOfAllocation;
     driver.get_eof = &EndOfFile;
     driver.get_handle = &Handle;
     driver.read = &Read;
     driver.write = &Write;
     driver.truncate = &Truncate;
-    const H5FD_mem_t freeLists[] = H5FD_FLMAP_DICHOTOMY;
-    std::copy(std::begin(freeLists), std::end(freeLists), std::begin(driver.fl_map));
     return driver;
 }
 
